@@ -1,0 +1,54 @@
+// The memory-shortage handler.
+//
+// Code of the engine that cannot get heap memory calls KaCallMemoryHandler with
+// the size it asked for. The installed handler may release memory (caches, say)
+// and answer non-zero, in which case the caller tries the allocation once more;
+// an answer of 0 means the caller gives up and reports failure through its own
+// return value. The default handler writes one line to standard error and
+// answers 0. No exception leaves this library on a failed allocation.
+#ifndef KABASE_MEMORY_H_
+#define KABASE_MEMORY_H_
+
+#include <cstddef>
+#include <new>
+#include <stdexcept>
+#include <vector>
+
+using KaMemoryHandler = int (*)(size_t size);
+
+// Calls the installed handler with the size that could not be allocated and
+// answers what it answers.
+int KaCallMemoryHandler(size_t size);
+
+// Installs `handler` (null restores the default) and answers the previous one.
+// Safe to call while other threads allocate.
+KaMemoryHandler KaSetMemoryHandler(KaMemoryHandler handler);
+
+// malloc that goes through the handler on failure: one retry when the handler
+// answers non-zero. Null when memory stays short. Release with std::free.
+void* KaMalloc(size_t size);
+
+namespace ka::detail {
+
+// Reserves room for `n` elements in `v`; on failure calls the handler (one
+// retry when it released memory) and answers false. Keeps std::bad_alloc
+// inside the library.
+template <typename T>
+bool Reserve(std::vector<T>& v, size_t n) {
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    try {
+      v.reserve(n);
+      return true;
+    } catch (const std::bad_alloc&) {
+      if (KaCallMemoryHandler(n * sizeof(T)) == 0) return false;
+    } catch (const std::length_error&) {
+      KaCallMemoryHandler(n * sizeof(T));
+      return false;
+    }
+  }
+  return false;
+}
+
+}  // namespace ka::detail
+
+#endif  // KABASE_MEMORY_H_

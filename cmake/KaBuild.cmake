@@ -1,0 +1,52 @@
+# Compiler flags shared by every target of the project, and the helper that
+# declares one of the three libraries.
+
+set(KA_WARNING_FLAGS -Wall -Wextra -Wformat=2)
+if(KA_WERROR)
+  list(APPEND KA_WARNING_FLAGS -Werror)
+endif()
+
+set(KA_SANITIZE_FLAGS "")
+if(KA_SANITIZE)
+  set(KA_SANITIZE_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+  add_compile_options(${KA_SANITIZE_FLAGS})
+  add_link_options(${KA_SANITIZE_FLAGS})
+endif()
+
+# The libraries exported to consumers; KaInstall.cmake installs exactly these.
+set_property(GLOBAL PROPERTY KA_EXPORTED_LIBRARIES "")
+
+# ka_add_library(<name> SOURCES ... [DEPENDS ...] [PC_DESCRIPTION text])
+# Declares a project library with its public include/ directory, adds it to
+# the export set and records what its pkg-config file requires.
+function(ka_add_library name)
+  cmake_parse_arguments(ARG "" "INCLUDE_DIR;PC_DESCRIPTION" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${name} ${ARG_SOURCES})
+  add_library(KaTypeMgr::${name} ALIAS ${name})
+  target_include_directories(${name} PUBLIC
+    $<BUILD_INTERFACE:${ARG_INCLUDE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_compile_options(${name} PRIVATE ${KA_WARNING_FLAGS})
+  if(ARG_DEPENDS)
+    target_link_libraries(${name} PUBLIC ${ARG_DEPENDS})
+  endif()
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    EXPORT_NAME ${name})
+  set_property(TARGET ${name} PROPERTY KA_INCLUDE_DIR "${ARG_INCLUDE_DIR}")
+  set_property(TARGET ${name} PROPERTY KA_PC_DESCRIPTION "${ARG_PC_DESCRIPTION}")
+  set_property(TARGET ${name} PROPERTY KA_PC_REQUIRES "${ARG_DEPENDS}")
+  set_property(GLOBAL APPEND PROPERTY KA_EXPORTED_LIBRARIES ${name})
+endfunction()
+
+# ka_add_program(<name> SOURCES ... [LIBS ...]): a test, benchmark or tool
+# program built with the project's warnings.
+function(ka_add_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_compile_options(${name} PRIVATE ${KA_WARNING_FLAGS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS})
+endfunction()

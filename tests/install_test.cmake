@@ -1,0 +1,48 @@
+# Runs as a CTest test: install the build tree into a scratch prefix, then
+# build and run a consumer project against the installed package, through
+# find_package and through pkg-config.
+cmake_minimum_required(VERSION 3.25)
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc)
+  if(NOT rc EQUAL 0)
+    list(JOIN ARGN " " shown)
+    message(FATAL_ERROR "failed (${rc}): ${shown}")
+  endif()
+endfunction()
+
+set(prefix ${KA_WORK_DIR}/prefix)
+file(REMOVE_RECURSE ${KA_WORK_DIR})
+run(${CMAKE_COMMAND} --install ${KA_BINARY_DIR} --prefix ${prefix})
+
+# CMake package, with the version the engine asks for.
+list(JOIN KA_CXX_FLAGS " " flags)
+run(${CMAKE_COMMAND} -S ${KA_CONSUMER_DIR} -B ${KA_WORK_DIR}/cmake-build -G ${KA_GENERATOR}
+    -DCMAKE_CXX_COMPILER=${KA_CXX_COMPILER} -DCMAKE_PREFIX_PATH=${prefix}
+    "-DCMAKE_CXX_FLAGS=${flags}" "-DCMAKE_EXE_LINKER_FLAGS=${flags}")
+run(${CMAKE_COMMAND} --build ${KA_WORK_DIR}/cmake-build)
+run(${KA_WORK_DIR}/cmake-build/consumer)
+
+# A request for another minor release must not find this package.
+run(${CMAKE_COMMAND} -S ${KA_CONSUMER_DIR} -B ${KA_WORK_DIR}/cmake-build-wrong -G ${KA_GENERATOR}
+    -DCMAKE_CXX_COMPILER=${KA_CXX_COMPILER} -DCMAKE_PREFIX_PATH=${prefix}
+    -DKA_REQUESTED_VERSION=12.1 -DKA_EXPECT_MISSING=ON)
+
+# pkg-config: compile and link the same program by hand.
+find_program(pkgconfig pkg-config REQUIRED)
+file(GLOB_RECURSE pcfile ${prefix}/*/kabase.pc)
+if(NOT pcfile)
+  message(FATAL_ERROR "kabase.pc was not installed")
+endif()
+get_filename_component(pcdir ${pcfile} DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pcdir})
+execute_process(COMMAND ${pkgconfig} --cflags --libs kabase
+                OUTPUT_VARIABLE pcflags OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "pkg-config does not know kabase")
+endif()
+separate_arguments(pcflags UNIX_COMMAND "${pcflags}")
+run(${KA_CXX_COMPILER} ${KA_CXX_FLAGS} ${KA_CONSUMER_DIR}/main.cpp ${pcflags}
+    -o ${KA_WORK_DIR}/pc-consumer)
+set(ENV{LD_LIBRARY_PATH} ${pcdir}/..)
+run(${KA_WORK_DIR}/pc-consumer)
