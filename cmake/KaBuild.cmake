@@ -14,6 +14,16 @@ if(KA_SANITIZE)
   add_link_options(${KA_SANITIZE_FLAGS})
 endif()
 
+# Fuzzing instruments every library for coverage; the fuzz targets add the
+# libFuzzer driver themselves.
+if(KA_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "KA_FUZZ needs clang (configure with the fuzz preset)")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # The libraries exported to consumers; KaInstall.cmake installs exactly these.
 set_property(GLOBAL PROPERTY KA_EXPORTED_LIBRARIES "")
 

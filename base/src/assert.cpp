@@ -18,8 +18,7 @@ std::atomic<KaAssertReceiver>& Receiver() {
 }  // namespace
 
 void KAMO_assert(const char* text, const char* source, int line) {
-  Receiver().load()(text != nullptr ? text : "(null)", source != nullptr ? source : "(null)",
-                    line);
+  Receiver().load()(text != nullptr ? text : "(null)", source != nullptr ? source : "(null)", line);
 }
 
 KaAssertReceiver KaSetAssertReceiver(KaAssertReceiver receiver) {

@@ -5,8 +5,8 @@
 #include <climits>
 #include <cstring>
 
-static_assert(sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 &&
-                  sizeof(double) == 8 && sizeof(long long) == 8,
+static_assert(sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 && sizeof(double) == 8 &&
+                  sizeof(long long) == 8,
               "the stored widths assume this platform's type sizes");
 
 namespace {

@@ -275,7 +275,7 @@ KaConfig::ParseResult KaConfig::LoadFromEnvironment(std::vector<std::string>* pr
 }
 
 KaConfig& DefaultConfig() {
-  static KaConfig& config = [] () -> KaConfig& {
+  static KaConfig& config = []() -> KaConfig& {
     // Never destroyed: libraries may read it from their own static destructors.
     static KaConfig* const instance = new KaConfig;
     instance->LoadFromEnvironment();

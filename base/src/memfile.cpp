@@ -1,10 +1,10 @@
 // MemFile: bytes in memory with a current position.
 #include "kabase/memfile.h"
 
-#include "kabase/memory.h"
-
 #include <algorithm>
 #include <cstring>
+
+#include "kabase/memory.h"
 
 MemFile::MemFile(const void* data, size_t size) {
   if (data != nullptr && size > 0 && ka::detail::Reserve(bytes_, size)) {
