@@ -32,6 +32,8 @@ def main():
     out = subprocess.run([sys.argv[1]], check=True, capture_output=True, text=True).stdout
     sets, current = {}, None
     for line in out.splitlines():
+        if not line.strip():
+            continue
         word, *rest = line.split()
         if word == 'set':
             current = sets.setdefault(int(rest[0]), {'byte': {}, 'from': {}})

@@ -46,42 +46,18 @@ constexpr std::array<uint64_t, 1024> kSpecialBits = [] {
   return bits;
 }();
 
-constexpr KaCodeSet ByteSet(const t::CodeSetTable& table) {
-  return KaCodeSet(table.number, table.name, KaCodeSet::Kind::kByte, table.toUnicode,
-                   table.fromUnicode, table.fromUnicodeCount, table.orders, nullptr);
-}
-
-template <size_t... I>
-constexpr std::array<KaCodeSet, sizeof...(I)> MakeByteSets(std::index_sequence<I...>) {
-  return {{ByteSet(t::kCodeSetTables[I])...}};
-}
-
-constexpr auto kByteSets = MakeByteSets(std::make_index_sequence<std::size(t::kCodeSetTables)>{});
-constexpr KaCodeSet kUnicodeSet(253, "Unicode", KaCodeSet::Kind::kUnicode, nullptr, nullptr, 0,
-                                nullptr, kOrderPages.data());
-constexpr KaCodeSet kOrderSet(254, "collation orders", KaCodeSet::Kind::kOrders, nullptr, nullptr,
-                              0, nullptr, nullptr);
-
-constexpr std::array<const KaCodeSet*, 256> kByNumber = [] {
-  std::array<const KaCodeSet*, 256> byNumber{};
-  for (const KaCodeSet& set : kByteSets) byNumber[set.Number()] = &set;
-  byNumber[253] = &kUnicodeSet;
-  byNumber[254] = &kOrderSet;
-  return byNumber;
-}();
-
-const t::Special* FindSpecial(unsigned short c) {
-  if ((kSpecialBits[c >> 6] >> (c & 63) & 1) == 0) return nullptr;
+// Index of the entry of `c` in kSpecials, or -1. (An index rather than a
+// pointer: the compiler cannot test such a pointer for null while compiling.)
+constexpr int FindSpecial(unsigned short c) {
+  if ((kSpecialBits[c >> 6] >> (c & 63) & 1) == 0) return -1;
+  const auto* begin = std::begin(t::kSpecials);
   const auto* end = std::end(t::kSpecials);
   const auto* it = std::lower_bound(
-      std::begin(t::kSpecials), end, c,
-      [](const t::Special& s, unsigned short value) { return s.character < value; });
-  return it != end && it->character == c ? it : nullptr;
+      begin, end, c, [](const t::Special& s, unsigned short value) { return s.character < value; });
+  return it != end && it->character == c ? static_cast<int>(it - begin) : -1;
 }
 
-}  // namespace
-
-KaUnicodeProps KaGetUnicodeProps(unsigned short c) {
+constexpr KaUnicodeProps UnicodeProps(unsigned short c) {
   KaUnicodeProps props;
   props.order = kOrderPages[c >> 8][c & 0xFF];
   const unsigned int cases = t::kCaseBlocks[t::kCaseStage1[c >> 8]][c & 0xFF];
@@ -98,14 +74,64 @@ KaUnicodeProps KaGetUnicodeProps(unsigned short c) {
     props.expansion = {static_cast<unsigned short>(trail != 0 ? 2 : 1),
                        &t::kHangulVowelTrail[2 * (vowel * kHangulTrailCount + trail)]};
   }
-  if (const t::Special* special = FindSpecial(c)) {
-    if (special->orders.count != 0) props.expansion = special->orders;
-    if (special->cases.upper.count != 0 || special->cases.lower.count != 0) {
-      props.caseExpansion = &special->cases;
+  if (const int index = FindSpecial(c); index >= 0) {
+    const t::Special& special = t::kSpecials[index];
+    if (special.orders.count != 0) props.expansion = special.orders;
+    if (special.cases.upper.count != 0 || special.cases.lower.count != 0) {
+      props.caseExpansion = &special.cases;
     }
   }
   return props;
 }
+
+// The records of every byte of every 8-bit set, computed while compiling: a
+// byte's properties are its character's, except that a byte the set leaves
+// undefined has the undefined order and nothing else.
+constexpr size_t kByteSetCount = std::size(t::kCodeSetTables);
+using ByteProps = std::array<KaUnicodeProps, 256>;
+constexpr std::array<ByteProps, kByteSetCount> kByteProps = [] {
+  std::array<ByteProps, kByteSetCount> all{};
+  for (size_t set = 0; set < kByteSetCount; ++set) {
+    for (unsigned b = 0; b < 256; ++b) {
+      const unsigned short c = t::kCodeSetTables[set].toUnicode[b];
+      all[set][b] = c == kReplacement ? KaUnicodeProps{} : UnicodeProps(c);
+    }
+  }
+  return all;
+}();
+constexpr std::array<std::array<unsigned short, 256>, kByteSetCount> kByteOrders = [] {
+  std::array<std::array<unsigned short, 256>, kByteSetCount> all{};
+  for (size_t set = 0; set < kByteSetCount; ++set) {
+    for (unsigned b = 0; b < 256; ++b) all[set][b] = kByteProps[set][b].order;
+  }
+  return all;
+}();
+
+template <size_t... I>
+constexpr std::array<KaCodeSet, sizeof...(I)> MakeByteSets(std::index_sequence<I...>) {
+  return {{KaCodeSet(t::kCodeSetTables[I].number, t::kCodeSetTables[I].name, KaCodeSet::Kind::kByte,
+                     t::kCodeSetTables[I].toUnicode, t::kCodeSetTables[I].fromUnicode,
+                     t::kCodeSetTables[I].fromUnicodeCount, kByteProps[I].data(),
+                     kByteOrders[I].data(), nullptr)...}};
+}
+
+constexpr auto kByteSets = MakeByteSets(std::make_index_sequence<kByteSetCount>{});
+constexpr KaCodeSet kUnicodeSet(253, "Unicode", KaCodeSet::Kind::kUnicode, nullptr, nullptr, 0,
+                                nullptr, nullptr, kOrderPages.data());
+constexpr KaCodeSet kOrderSet(254, "collation orders", KaCodeSet::Kind::kOrders, nullptr, nullptr,
+                              0, nullptr, nullptr, nullptr);
+
+constexpr std::array<const KaCodeSet*, 256> kByNumber = [] {
+  std::array<const KaCodeSet*, 256> byNumber{};
+  for (const KaCodeSet& set : kByteSets) byNumber[set.Number()] = &set;
+  byNumber[253] = &kUnicodeSet;
+  byNumber[254] = &kOrderSet;
+  return byNumber;
+}();
+
+}  // namespace
+
+KaUnicodeProps KaGetUnicodeProps(unsigned short c) { return UnicodeProps(c); }
 
 const KaCodeSet* KaCodeSet::Get(unsigned char number) {
   if (number == 0) number = KaLanguageContext::GetNativeCodeSet();
@@ -150,20 +176,9 @@ unsigned short KaCodeSet::ConvertUnit(unsigned short unit, unsigned char from) c
   return FromUnicode(source != nullptr ? source->ToUnicode(unit) : kReplacement);
 }
 
-KaUnicodeProps KaCodeSet::GetUnicodeProps(unsigned short unit, unsigned char /*language*/) const {
-  switch (kind_) {
-    case Kind::kByte: {
-      if (unit >= 256) return KaUnicodeProps{};
-      KaUnicodeProps props = KaGetUnicodeProps(toUnicode_[unit]);
-      props.order = byteOrders_[unit];  // undefined bytes are undefined, not U+FFFD
-      return props;
-    }
-    case Kind::kUnicode:
-      return KaGetUnicodeProps(unit);
-    case Kind::kOrders:
-      break;
-  }
-  KaUnicodeProps props;
+KaUnicodeProps KaCodeSet::WideUnicodeProps(unsigned short unit, unsigned char /*language*/) const {
+  if (kind_ == Kind::kUnicode) return UnicodeProps(unit);
+  KaUnicodeProps props;  // the order set: the unit is the order
   props.order = unit;
   return props;
 }

@@ -24,7 +24,6 @@ struct CodeSetTable {
   const unsigned short* toUnicode;
   const FromUnicodePair* fromUnicode;
   unsigned short fromUnicodeCount;
-  const unsigned short* orders;
 };
 
 }  // namespace ka::i18n::tables

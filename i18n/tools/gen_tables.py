@@ -3,8 +3,8 @@
 
 Usage: python3 i18n/tools/gen_tables.py OUTPUT_DIR
 
-Writes ka_codesets.inc (the 8-bit code sets: byte to Unicode, Unicode back to
-byte, and the collation order of every byte) and ka_unicode.inc (collation
+Writes ka_codesets.inc (the 8-bit code sets: byte to Unicode and Unicode back
+to byte) and ka_unicode.inc (collation
 orders, case mappings and expansions of the whole Basic Multilingual Plane).
 Only Python's standard library is used (unicodedata, codecs), so the output
 depends on nothing but the Python version's Unicode data; it is deterministic
@@ -157,7 +157,7 @@ def latin_parts(cp):
         for i, (letter, marks) in enumerate(groups):
             parts += letter_with_marks(letter, marks, LIGATURE if i == 0 else 0)
         return parts
-    m = re.match(r'LATIN (CAPITAL|SMALL) LETTER (.+)$', name)
+    m = re.match(r'LATIN (CAPITAL|SMALL) (?:LETTER|LIGATURE) (.+)$', name)
     if not m:
         return None
     upper = m.group(1) == 'CAPITAL'
@@ -448,11 +448,10 @@ def write_unicode(path, version):
     lines.append('}  // namespace ka::i18n::tables')
     with open(path, 'w', encoding='ascii', newline='\n') as f:
         f.write('\n'.join(lines) + '\n')
-    return first
 
 
-def write_codesets(path, version, first_orders):
-    lines = [header(version), '// The 8-bit code sets: byte to Unicode, sorted Unicode to byte, orders.\n']
+def write_codesets(path, version):
+    lines = [header(version), '// The 8-bit code sets: byte to Unicode, and sorted Unicode to byte.\n']
     lines.append('namespace ka::i18n::tables {\n')
     for number, codec, name in CODE_SETS:
         codecs.lookup(codec)
@@ -474,12 +473,11 @@ def write_codesets(path, version, first_orders):
         for i in range(0, len(pairs), 8):
             lines.append('    ' + ' '.join('{0x%04X, 0x%02X},' % p for p in pairs[i:i + 8]))
         lines.append('};')
-        lines.append('inline constexpr unsigned short kOrders%d[256] = {\n%s\n};\n' % (
-            number, rows([0] + [first_orders[u] if u != REPLACEMENT else UNDEFINED for u in to_uni[1:]])))
+        lines.append('')
     lines.append('inline constexpr CodeSetTable kCodeSetTables[] = {')
     for number, codec, name in CODE_SETS:
-        lines.append('    {%d, "%s", kToUnicode%d, kFromUnicode%d, sizeof kFromUnicode%d / sizeof kFromUnicode%d[0], kOrders%d},'
-                     % (number, name, number, number, number, number, number))
+        lines.append('    {%d, "%s", kToUnicode%d, kFromUnicode%d, sizeof kFromUnicode%d / sizeof kFromUnicode%d[0]},'
+                     % (number, name, number, number, number, number))
     lines.append('};\n')
     lines.append('}  // namespace ka::i18n::tables')
     with open(path, 'w', encoding='ascii', newline='\n') as f:
@@ -493,8 +491,8 @@ def main(argv):
     out = argv[1]
     os.makedirs(out, exist_ok=True)
     version = unicodedata.unidata_version
-    first = write_unicode(os.path.join(out, 'ka_unicode.inc'), version)
-    write_codesets(os.path.join(out, 'ka_codesets.inc'), version, first)
+    write_unicode(os.path.join(out, 'ka_unicode.inc'), version)
+    write_codesets(os.path.join(out, 'ka_codesets.inc'), version)
     return 0
 
 

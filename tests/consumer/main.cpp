@@ -1,6 +1,7 @@
-// Uses each service of the installed base library once; exits non-zero on a
+// Uses each service of the installed libraries once; exits non-zero on a
 // wrong answer.
 #include <kabase/kabase.h>
+#include <kai18n/kai18n.h>
 
 #include <cstdio>
 
@@ -17,6 +18,11 @@ int main() {
   if (file.Seek(0, 4) == nullptr || file.Seek(1, 4) != nullptr) return 4;
   bdate date{};
   if (bksgetdate(&date) != 0 || date.year < 2000) return 5;
+  const KaCodeSet* cs1 = KaCodeSet::Get(1);
+  if (cs1 == nullptr || cs1->GetOrder('A') != 0x400C ||
+      KaLanguageContext::GetDefaultCmpOp() != 16) {
+    return 6;
+  }
   std::puts("consumer: ok");
   return 0;
 }

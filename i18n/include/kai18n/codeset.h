@@ -71,8 +71,12 @@ class KaCodeSet {
 
   // Collation order and case mappings of a unit. The language does not change
   // the answer in this release. The order set answers the unit as its order
-  // and no case mappings; a unit above 255 in an 8-bit set is undefined.
-  KaUnicodeProps GetUnicodeProps(unsigned short unit, unsigned char language) const;
+  // and no case mappings; a unit above 255 in an 8-bit set is undefined, as
+  // is a byte the set leaves undefined.
+  KaUnicodeProps GetUnicodeProps(unsigned short unit, unsigned char language) const {
+    if (kind_ == Kind::kByte) return unit < 256 ? byteProps_[unit] : KaUnicodeProps{};
+    return WideUnicodeProps(unit, language);
+  }
 
   // The (first) collation order of a unit: the fast path of GetUnicodeProps
   // for walking text; expansions need GetUnicodeProps.
@@ -85,7 +89,8 @@ class KaCodeSet {
   // Built by the library only; public for its constant tables.
   constexpr KaCodeSet(unsigned char number, const char* name, Kind kind,
                       const unsigned short* toUnicode, const void* fromUnicode,
-                      unsigned short fromUnicodeCount, const unsigned short* byteOrders,
+                      unsigned short fromUnicodeCount, const KaUnicodeProps* byteProps,
+                      const unsigned short* byteOrders,
                       const unsigned short* const* unicodeOrderPages)
       : number_(number),
         kind_(kind),
@@ -93,18 +98,22 @@ class KaCodeSet {
         name_(name),
         toUnicode_(toUnicode),
         fromUnicode_(fromUnicode),
+        byteProps_(byteProps),
         byteOrders_(byteOrders),
         unicodeOrderPages_(unicodeOrderPages) {}
 
  private:
+  KaUnicodeProps WideUnicodeProps(unsigned short unit, unsigned char language) const;
+
   unsigned char number_;
   Kind kind_;
   unsigned short fromUnicodeCount_;
   const char* name_;
   const unsigned short* toUnicode_;                 // 8-bit sets: 256 characters
-  const void* fromUnicode_;                         // 8-bit sets: sorted (character, byte) pairs
+  const void* fromUnicode_;                         // 8-bit sets: sorted (character, byte)
+  const KaUnicodeProps* byteProps_;                 // 8-bit sets: 256 records
   const unsigned short* byteOrders_;                // 8-bit sets: 256 orders
-  const unsigned short* const* unicodeOrderPages_;  // 256 pages of 256 orders
+  const unsigned short* const* unicodeOrderPages_;  // Unicode: 256 pages of 256 orders
 };
 
 // Properties of a Unicode character (code set 253), for code that has one.
