@@ -34,6 +34,11 @@ bool IsKnownWithWidth(unsigned char codeSet, unsigned char width) {
   return set != nullptr && set->UnitWidth() == width && set->GetKind() != KaCodeSet::Kind::kOrders;
 }
 
+bool StoreIf(std::atomic<unsigned char>& slot, unsigned char value, bool valid) {
+  if (valid) slot.store(value);
+  return valid;
+}
+
 }  // namespace
 
 unsigned char KaLanguageContext::GetDefaultCodeSet() { return g_codeSet.load(); }
@@ -44,33 +49,19 @@ unsigned char KaLanguageContext::GetDefaultLanguage() { return g_language.load()
 unsigned short KaLanguageContext::GetDefaultCmpOp() { return g_cmpOp.load(); }
 
 bool KaLanguageContext::SetDefaultCodeSet(unsigned char codeSet) {
-  if (!IsKnownWithWidth(codeSet, 1) && !IsKnownWithWidth(codeSet, 2)) return false;
-  g_codeSet.store(codeSet);
-  return true;
+  return StoreIf(g_codeSet, codeSet, IsKnownWithWidth(codeSet, 1) || IsKnownWithWidth(codeSet, 2));
 }
-
 bool KaLanguageContext::SetDefault8BitCodeSet(unsigned char codeSet) {
-  if (!IsKnownWithWidth(codeSet, 1)) return false;
-  g_8Bit.store(codeSet);
-  return true;
+  return StoreIf(g_8Bit, codeSet, IsKnownWithWidth(codeSet, 1));
 }
-
 bool KaLanguageContext::SetDefault16BitCodeSet(unsigned char codeSet) {
-  if (!IsKnownWithWidth(codeSet, 2)) return false;
-  g_16Bit.store(codeSet);
-  return true;
+  return StoreIf(g_16Bit, codeSet, IsKnownWithWidth(codeSet, 2));
 }
-
 bool KaLanguageContext::SetNativeCodeSet(unsigned char codeSet) {
-  if (!IsKnownWithWidth(codeSet, 1)) return false;
-  g_native.store(codeSet);
-  return true;
+  return StoreIf(g_native, codeSet, IsKnownWithWidth(codeSet, 1));
 }
-
 bool KaLanguageContext::SetDefaultLanguage(unsigned char language) {
-  if (!IsLanguageKnown(language)) return false;
-  g_language.store(language);
-  return true;
+  return StoreIf(g_language, language, IsLanguageKnown(language));
 }
 
 void KaLanguageContext::SetDefaultCmpOp(unsigned short cmpOp) { g_cmpOp.store(cmpOp); }
