@@ -1,0 +1,825 @@
+// KaString: the text value, its edit routine and its operations.
+#include "katypemgr/kastring.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+#include "kabase/assert.h"
+#include "kabase/codec.h"
+#include "kabase/config.h"
+#include "kabase/memory.h"
+#include "kai18n/codeset.h"
+#include "kai18n/langctx.h"
+
+namespace {
+
+constexpr unsigned short kToEnd = 65535;
+
+unsigned Width(unsigned char codeSet) { return codeSet > 224 ? 2 : 1; }
+
+unsigned short LoadUnit(const void* p, unsigned w) {
+  if (w == 1) return *static_cast<const unsigned char*>(p);
+  return ka::LoadU16(p, ka::ByteOrder::kMemory);
+}
+
+void StoreUnit(void* p, unsigned short unit, unsigned w) {
+  if (w == 1) {
+    *static_cast<unsigned char*>(p) = static_cast<unsigned char>(unit);
+  } else {
+    ka::StoreU16(p, unit, ka::ByteOrder::kMemory);
+  }
+}
+
+// Units before the first zero unit, looking at no more than `max` units.
+size_t UnitLength(const void* p, unsigned w, size_t max) {
+  if (p == nullptr) return 0;
+  if (w == 1) return strnlen(static_cast<const char*>(p), max);
+  const auto* bytes = static_cast<const unsigned char*>(p);
+  size_t n = 0;
+  while (n < max && LoadUnit(bytes + 2 * n, 2) != 0) ++n;
+  return n;
+}
+
+// The configuration decides whether a cut text is reported; the cut happens
+// either way.
+void ReportOverflow() {
+  if (DefaultConfig().GetInt("debug", "stringOverflow", 0) != 0) {
+    KAMO_assert("String overflow", "src/kastring", 1110);
+  }
+}
+
+bool IsBlank(unsigned short unit) { return unit == 0x20 || (unit >= 0x09 && unit <= 0x0D); }
+
+bool IsDigitUnit(unsigned short unit) { return unit >= '0' && unit <= '9'; }
+
+int DigitValue(unsigned short unit) {
+  if (unit >= '0' && unit <= '9') return unit - '0';
+  if (unit >= 'a' && unit <= 'f') return unit - 'a' + 10;
+  if (unit >= 'A' && unit <= 'F') return unit - 'A' + 10;
+  return 99;
+}
+
+// Parses an optional "-" and digits of `base` (0: by prefix) from the units of
+// `s`, saturating at the range of long long.
+long long ParseUnits(const KaString& s, int base) {
+  const unsigned short len = s.Len();
+  unsigned short i = 0;
+  const bool negative = len > 0 && s.UnitAt(0) == '-';
+  if (negative) ++i;
+  if (base == 0) {
+    base = 10;
+    if (i < len && s.UnitAt(i) == '0') {
+      base = 8;
+      if (i + 1 < len && (s.UnitAt(i + 1) == 'x' || s.UnitAt(i + 1) == 'X') && i + 2 < len &&
+          DigitValue(s.UnitAt(i + 2)) < 16) {
+        base = 16;
+        i += 2;
+      }
+    }
+  }
+  unsigned long long magnitude = 0;
+  const unsigned long long limit = negative ? 1ull + LLONG_MAX : LLONG_MAX;
+  bool saturated = false;
+  for (; i < len; ++i) {
+    const int d = DigitValue(s.UnitAt(i));
+    if (d >= base) break;
+    if (magnitude > (limit - d) / base) {
+      saturated = true;
+      continue;
+    }
+    magnitude = magnitude * base + d;
+  }
+  if (saturated) magnitude = limit;
+  return negative ? static_cast<long long>(0 - magnitude) : static_cast<long long>(magnitude);
+}
+
+int ClampToInt(long long v) { return static_cast<int>(std::clamp<long long>(v, INT_MIN, INT_MAX)); }
+
+// The first units of the text as ASCII, for the C library's conversions; a
+// unit outside ASCII ends the copy.
+void AsciiCopy(const KaString& s, char (&out)[80]) {
+  const unsigned short len = std::min<unsigned short>(s.Len(), sizeof out - 1);
+  unsigned short i = 0;
+  for (; i < len; ++i) {
+    const unsigned short unit = s.UnitAt(i);
+    if (unit == 0 || unit > 0x7F) break;
+    out[i] = static_cast<char>(unit);
+  }
+  out[i] = '\0';
+}
+
+unsigned char Resolved(unsigned char codeSet) {
+  return codeSet == 0 ? KaLanguageContext::GetNativeCodeSet() : codeSet;
+}
+
+// A buffer of units converted into another code set, character by character;
+// owns its memory.
+class Converted {
+ public:
+  Converted(const unsigned char* source, unsigned char sourceCodeSet, size_t count,
+            unsigned char targetCodeSet) {
+    const unsigned sw = Width(sourceCodeSet);
+    const unsigned tw = Width(targetCodeSet);
+    if (count * tw > KaString::kMaxSize) {
+      ReportOverflow();
+      count = KaString::kMaxSize / tw;
+    }
+    units_ = static_cast<unsigned char*>(KaMalloc(count * tw + tw));
+    if (units_ == nullptr) return;
+    const KaCodeSet* target = KaCodeSet::Get(targetCodeSet);
+    for (size_t i = 0; i < count; ++i) {
+      const unsigned short unit = LoadUnit(source + i * sw, sw);
+      // A set this library does not know keeps the unit, cut to its width.
+      const unsigned short mapped = target != nullptr ? target->ConvertUnit(unit, sourceCodeSet)
+                                                      : (tw == 1 ? unit & 0xFF : unit);
+      StoreUnit(units_ + i * tw, mapped, tw);
+    }
+    count_ = count;
+  }
+  ~Converted() { std::free(units_); }
+  Converted(const Converted&) = delete;
+  Converted& operator=(const Converted&) = delete;
+
+  const unsigned char* Units() const { return units_; }
+  size_t Count() const { return count_; }
+
+ private:
+  unsigned char* units_ = nullptr;
+  size_t count_ = 0;
+};
+
+// Copies into a new buffer while its byte budget lasts.
+class Writer {
+ public:
+  Writer(unsigned char* out, size_t budget) : out_(out), budget_(budget) {}
+  void Put(const unsigned char* from, size_t bytes) {
+    const size_t n = std::min(bytes, budget_ - used_);
+    if (n > 0) std::memcpy(out_ + used_, from, n);
+    used_ += n;
+  }
+
+ private:
+  unsigned char* out_;
+  size_t budget_;
+  size_t used_ = 0;
+};
+
+constinit std::atomic<unsigned short> g_asterisk{0};
+constinit std::atomic<unsigned short> g_question{0};
+constinit std::atomic<unsigned short> g_escape{0};
+
+// A wildcard order, fetched from code set 1 the first time. Two threads that
+// race here compute the same order, and only a 0 is ever replaced.
+unsigned short WildcardOrder(std::atomic<unsigned short>& slot, char c) {
+  unsigned short order = slot.load(std::memory_order_acquire);
+  if (order != 0) return order;
+  unsigned short fetched = KaCodeSet::Get(1)->GetOrder(static_cast<unsigned char>(c));
+  if (slot.compare_exchange_strong(order, fetched, std::memory_order_acq_rel)) return fetched;
+  return order;
+}
+
+int SetWildcard(std::atomic<unsigned short>& slot, const KaChar& c) {
+  KaStringIterator it(c);
+  slot.store(it.GetNextOrder(0), std::memory_order_release);
+  return 0;
+}
+
+}  // namespace
+
+// --- The edit routine -----------------------------------------------------------
+
+void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsigned short position,
+                         unsigned short sourcePosition, unsigned short count, unsigned short repeat,
+                         EditMode mode, unsigned char /*flag*/) {
+  const auto* src = static_cast<const unsigned char*>(source);
+  const unsigned sw = Width(sourceCodeSet);
+  if (mode != kSetFrom &&
+      (src == nullptr || count == 0 || LoadUnit(src + sourcePosition * sw, sw) == 0)) {
+    return;
+  }
+  if (src == nullptr) count = 0;
+
+  // A source in another code set (or of another width) is converted first;
+  // the native set (0) is taken as the target's own.
+  const unsigned w = UnitWidth();
+  std::optional<Converted> converted;
+  if (src != nullptr && count > 0 &&
+      ((sourceCodeSet != 0 && sourceCodeSet != codeSet_) || sw != w)) {
+    converted.emplace(src + sourcePosition * sw, sourceCodeSet, count, codeSet_);
+    if (converted->Units() == nullptr) return;  // out of memory: the string stays as it was
+    src = converted->Units();
+    sourcePosition = 0;
+    count = static_cast<unsigned short>(converted->Count());
+  }
+
+  // A position past the end is the end: the old text is never read past it.
+  const size_t oldSize = size_;
+  const size_t oldLen = Len();
+  const size_t p = std::min<size_t>(position, oldLen) * w;
+  const size_t run = size_t{count} * w;
+  const size_t runs = run * repeat;
+  size_t newSize = 0;
+  switch (mode) {
+    case kOverwrite: {
+      // Overwriting past the end grows the text; the old terminator is kept.
+      const size_t tailStart = p + run;
+      newSize = p + runs + (oldSize > tailStart ? oldSize - tailStart : w);
+      break;
+    }
+    case kInsert:
+      newSize = (oldSize != 0 ? oldSize : w) + runs;
+      break;
+    case kSetFrom:
+      newSize = p + runs + w;
+      break;
+  }
+
+  if (mode == kSetFrom && newSize == w) {
+    // Nothing to hold: no buffer at all.
+    Adopt(nullptr, 0);
+    return;
+  }
+  const bool truncated = newSize > kMaxSize;
+  if (truncated) {
+    ReportOverflow();
+    newSize = kMaxSize;
+  }
+  auto* out = static_cast<unsigned char*>(KaMalloc(newSize));
+  if (out == nullptr) return;
+  std::memset(out, 0, newSize);
+  Writer writer(out, newSize);
+  writer.Put(buffer_, p);
+  for (unsigned r = 0; r < repeat && run > 0; ++r) writer.Put(src + sourcePosition * w, run);
+  if (mode == kOverwrite && oldSize > p + run) {
+    writer.Put(buffer_ + p + run, oldSize - p - run);
+  } else if (mode == kInsert && oldSize > p) {
+    writer.Put(buffer_ + p, oldSize - p);
+  }
+  if (mode == kSetFrom || truncated) std::memset(out + newSize - w, 0, w);
+  Adopt(out, static_cast<unsigned short>(newSize));
+}
+
+void KaString::Adopt(unsigned char* buffer, unsigned short size) {
+  std::free(buffer_);
+  buffer_ = buffer;
+  size_ = size;
+}
+
+void KaString::SetFromText(const char* text, unsigned char codeSet, unsigned char language) {
+  codeSet_ = codeSet;
+  language_ = language;
+  if (text != nullptr) {
+    EditUnits(text, codeSet, 0, 0, static_cast<unsigned short>(strnlen(text, kToEnd)), 1, kSetFrom);
+  }
+}
+
+// --- Construction -----------------------------------------------------------------
+
+KaString::KaString()
+    : codeSet_(KaLanguageContext::GetDefaultCodeSet()),
+      language_(KaLanguageContext::GetDefaultLanguage()) {}
+
+KaString::KaString(const KaString& other) : codeSet_(other.codeSet_), language_(other.language_) {
+  EditUnits(other.buffer_, other.codeSet_, 0, 0, other.Len(), 1, kSetFrom);
+}
+
+KaString::KaString(KaString&& other) noexcept
+    : buffer_(other.buffer_),
+      size_(other.size_),
+      codeSet_(other.codeSet_),
+      language_(other.language_) {
+  other.buffer_ = nullptr;
+  other.size_ = 0;
+}
+
+KaString::KaString(char c) : KaString(static_cast<unsigned char>(c)) {}
+
+KaString::KaString(unsigned char c)
+    : codeSet_(KaLanguageContext::GetDefault8BitCodeSet()),
+      language_(KaLanguageContext::GetDefaultLanguage()) {
+  if (c != 0) EditUnits(&c, codeSet_, 0, 0, 1, 1, kSetFrom);
+}
+
+KaString::KaString(unsigned char codeSet, unsigned char language)
+    : codeSet_(codeSet), language_(language) {}
+
+KaString::KaString(short value) : KaString(static_cast<int>(value)) {}
+
+KaString::KaString(unsigned short unit)
+    : codeSet_(KaLanguageContext::GetDefault16BitCodeSet()),
+      language_(KaLanguageContext::GetDefaultLanguage()) {
+  if (unit != 0) EditUnits(&unit, codeSet_, 0, 0, 1, 1, kSetFrom);
+}
+
+KaString::KaString(int value) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%d", value);
+  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage());
+}
+
+// Printed with the signed conversion on purpose: stored texts of unsigned
+// values above INT_MAX have always been negative numbers.
+KaString::KaString(unsigned int value) : KaString(static_cast<int>(value)) {}
+
+KaString::KaString(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", value);
+  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage());
+}
+
+KaString::KaString(long long value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%lld", value);
+  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage());
+}
+
+KaString::KaString(unsigned long long value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%llu", value);
+  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage());
+}
+
+KaString::KaString(const char* text) {
+  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage());
+}
+
+KaString::KaString(const char* text, unsigned short n)
+    : codeSet_(KaLanguageContext::GetDefault8BitCodeSet()),
+      language_(KaLanguageContext::GetDefaultLanguage()) {
+  if (text == nullptr || n == 0) return;
+  if (n > 65534) n = static_cast<unsigned short>(strnlen(text, kToEnd));
+  EditUnits(text, codeSet_, 0, 0, n, 1, kSetFrom);
+}
+
+KaString::KaString(const unsigned short* text) : KaString(text, kToEnd) {}
+
+KaString::KaString(const unsigned short* text, unsigned short n)
+    : codeSet_(KaLanguageContext::GetDefault16BitCodeSet()),
+      language_(KaLanguageContext::GetDefaultLanguage()) {
+  if (text == nullptr || n == 0) return;
+  if (n > 65534) n = static_cast<unsigned short>(UnitLength(text, 2, kToEnd));
+  EditUnits(text, codeSet_, 0, 0, n, 1, kSetFrom);
+}
+
+KaString::~KaString() { std::free(buffer_); }
+
+KaString& KaString::operator=(const KaString& other) {
+  if (this == &other) return *this;
+  Destroy();
+  codeSet_ = other.codeSet_;
+  EditUnits(other.buffer_, other.codeSet_, 0, 0, other.Len(), 1, kSetFrom);
+  language_ = other.language_;
+  return *this;
+}
+
+KaString& KaString::operator=(KaString&& other) noexcept {
+  if (this == &other) return *this;
+  std::free(buffer_);
+  buffer_ = other.buffer_;
+  size_ = other.size_;
+  codeSet_ = other.codeSet_;
+  language_ = other.language_;
+  other.buffer_ = nullptr;
+  other.size_ = 0;
+  return *this;
+}
+
+KaString& KaString::operator=(const char* text) {
+  Destroy();
+  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage());
+  return *this;
+}
+
+KaString& KaString::operator=(const unsigned short* text) {
+  Destroy();
+  codeSet_ = KaLanguageContext::GetDefault16BitCodeSet();
+  language_ = KaLanguageContext::GetDefaultLanguage();
+  EditUnits(text, codeSet_, 0, 0, static_cast<unsigned short>(UnitLength(text, 2, kToEnd)), 1,
+            kSetFrom);
+  return *this;
+}
+
+// --- Reading ---------------------------------------------------------------------
+
+unsigned short KaString::Len() const {
+  return static_cast<unsigned short>(UnitLength(buffer_, UnitWidth(), size_ / UnitWidth()));
+}
+
+bool KaString::IsEmpty() const { return buffer_ == nullptr || LoadUnit(buffer_, UnitWidth()) == 0; }
+
+unsigned short KaString::UnitAt(unsigned short position) const {
+  const unsigned w = UnitWidth();
+  if (buffer_ == nullptr || size_t{position} * w + w > size_) return 0;
+  return LoadUnit(buffer_ + size_t{position} * w, w);
+}
+
+KaChar KaString::operator[](int position) { return KaChar(*this, position); }
+
+// --- Appending -------------------------------------------------------------------
+
+KaString& KaString::operator<<(const KaString& s) {
+  EditUnits(s.buffer_, s.codeSet_, Len(), 0, s.Len(), 1, kSetFrom);
+  return *this;
+}
+
+KaString& KaString::operator<<(char c) {
+  if (c != 0) EditUnits(&c, KaLanguageContext::GetDefault8BitCodeSet(), Len(), 0, 1, 1, kSetFrom);
+  return *this;
+}
+
+KaString& KaString::operator<<(unsigned short unit) {
+  if (unit != 0) {
+    EditUnits(&unit, KaLanguageContext::GetDefault16BitCodeSet(), Len(), 0, 1, 1, kSetFrom);
+  }
+  return *this;
+}
+
+KaString& KaString::operator<<(short value) { return *this << KaString(value); }
+KaString& KaString::operator<<(int value) { return *this << KaString(value); }
+KaString& KaString::operator<<(unsigned int value) { return *this << KaString(value); }
+KaString& KaString::operator<<(float value) { return *this << KaString(double{value}); }
+KaString& KaString::operator<<(double value) { return *this << KaString(value); }
+KaString& KaString::operator<<(long long value) { return *this << KaString(value); }
+KaString& KaString::operator<<(unsigned long long value) { return *this << KaString(value); }
+
+KaString& KaString::operator<<(const char* text) {
+  if (text != nullptr) {
+    EditUnits(text, KaLanguageContext::GetDefault8BitCodeSet(), Len(), 0,
+              static_cast<unsigned short>(strnlen(text, kToEnd)), 1, kSetFrom);
+  }
+  return *this;
+}
+
+KaString& KaString::operator<<(const unsigned short* text) {
+  if (text != nullptr) {
+    EditUnits(text, KaLanguageContext::GetDefault16BitCodeSet(), Len(), 0,
+              static_cast<unsigned short>(UnitLength(text, 2, kToEnd)), 1, kSetFrom);
+  }
+  return *this;
+}
+
+KaString operator+(const KaString& a, const KaString& b) {
+  KaString joined(a);
+  joined << b;
+  return joined;
+}
+
+// --- Editing ---------------------------------------------------------------------
+
+KaString KaString::Copy(unsigned short start, unsigned short count) const {
+  KaString part(codeSet_, language_);
+  const unsigned short len = Len();
+  if (start >= len) return part;
+  const unsigned short n = std::min<unsigned short>(count, len - start);
+  part.EditUnits(buffer_, codeSet_, 0, start, n, 1, kSetFrom);
+  return part;
+}
+
+KaString KaString::Left(unsigned short n) const { return Copy(0, n); }
+
+KaString KaString::Right(unsigned short n) const {
+  const unsigned short len = Len();
+  n = std::min(n, len);
+  return Copy(len - n, n);
+}
+
+void KaString::Cut(unsigned short start, unsigned short count) {
+  const unsigned short len = Len();
+  if (start >= len || count == 0) return;
+  const unsigned short n = std::min<unsigned short>(count, len - start);
+  EditUnits(buffer_, codeSet_, start, start + n, len - start - n, 1, kSetFrom);
+}
+
+void KaString::Insert(const KaString& s, unsigned short position) {
+  EditUnits(s.buffer_, s.codeSet_, position, 0, s.Len(), 1, kInsert);
+}
+
+void KaString::Replace(const KaString& s, unsigned short position) {
+  EditUnits(s.buffer_, s.codeSet_, position, 0, s.Len(), 1, kOverwrite);
+}
+
+int KaString::ReplaceAll(const KaString& from, const KaString& to, unsigned short start) {
+  KaString needle;
+  needle.CopyMapped(from, codeSet_);
+  KaString replacement;
+  replacement.CopyMapped(to, codeSet_);
+  const unsigned short nlen = needle.Len();
+  const unsigned short rlen = replacement.Len();
+  if (nlen == 0) return 0;
+
+  // Counted first, so the new text is built in one buffer of the right size.
+  int found = 0;
+  for (int at = Find(needle, start); at >= 0;
+       at = Find(needle, static_cast<unsigned short>(at + nlen))) {
+    ++found;
+  }
+  if (found == 0) return 0;
+  const unsigned w = UnitWidth();
+  const unsigned short len = Len();
+  const size_t units = len + static_cast<size_t>(found) * rlen - static_cast<size_t>(found) * nlen;
+  auto* text = static_cast<unsigned char*>(KaMalloc(units * w + w));
+  if (text == nullptr) return 0;
+  size_t out = 0;
+  size_t in = 0;
+  for (int at = Find(needle, start); at >= 0;
+       at = Find(needle, static_cast<unsigned short>(at + nlen))) {
+    std::memcpy(text + out * w, buffer_ + in * w, (at - in) * w);
+    out += at - in;
+    if (rlen > 0) std::memcpy(text + out * w, replacement.buffer_, size_t{rlen} * w);
+    out += rlen;
+    in = at + nlen;
+  }
+  std::memcpy(text + out * w, buffer_ + in * w, (len - in) * w);
+  out += len - in;
+  // The result may pass the limit; the edit routine cuts and reports it.
+  EditUnits(text, codeSet_, 0, 0, static_cast<unsigned short>(std::min<size_t>(out, kToEnd)), 1,
+            kSetFrom);
+  std::free(text);
+  return found;
+}
+
+int KaString::ReplaceAll(char from, char to, unsigned short start) {
+  const KaCodeSet* set = KaCodeSet::Get(codeSet_);
+  const unsigned char source = KaLanguageContext::GetDefault8BitCodeSet();
+  const auto f = static_cast<unsigned char>(from);
+  const auto t = static_cast<unsigned char>(to);
+  const unsigned short uf = set != nullptr ? set->ConvertUnit(f, source) : f;
+  const unsigned short ut = set != nullptr ? set->ConvertUnit(t, source) : t;
+  return ReplaceAll(uf, ut, start);
+}
+
+int KaString::ReplaceAll(unsigned short from, unsigned short to, unsigned short start) {
+  if (from == 0 || to == 0) return 0;  // a zero unit would end the text
+  const unsigned w = UnitWidth();
+  const unsigned short len = Len();
+  int replaced = 0;
+  for (unsigned short i = start; i < len; ++i) {
+    if (LoadUnit(buffer_ + size_t{i} * w, w) == from) {
+      StoreUnit(buffer_ + size_t{i} * w, to, w);
+      ++replaced;
+    }
+  }
+  return replaced;
+}
+
+KaString& KaString::Trim() { return RightTrim().LeftTrim(); }
+
+KaString& KaString::LeftTrim() {
+  const unsigned short len = Len();
+  unsigned short k = 0;
+  while (k < len && IsBlank(UnitAt(k))) ++k;
+  if (k > 0) EditUnits(buffer_, codeSet_, 0, k, len - k, 1, kSetFrom);
+  return *this;
+}
+
+KaString& KaString::RightTrim() {
+  const unsigned short len = Len();
+  unsigned short keep = len;
+  while (keep > 0 && IsBlank(UnitAt(keep - 1))) --keep;
+  if (keep < len) EditUnits(buffer_, codeSet_, 0, 0, keep, 1, kSetFrom);
+  return *this;
+}
+
+KaString& KaString::ToUpper() {
+  KaCharToUpper upper;
+  return Transform(upper);
+}
+
+KaString& KaString::ToLower() {
+  KaCharToLower lower;
+  return Transform(lower);
+}
+
+KaString& KaString::Transform(KaCharOperation& operation) {
+  if (IsEmpty()) return *this;
+  // The result may grow (sharp s to "SS"), up to the limit of a string.
+  const unsigned w = UnitWidth();
+  auto* text = static_cast<unsigned char*>(KaMalloc(kMaxSize));
+  if (text == nullptr) return *this;
+  KaStringIterator in(*this);
+  KaStringIterator out(reinterpret_cast<const char*>(text), codeSet_, language_);
+  out.SetLimit(reinterpret_cast<char*>(text) + kMaxSize - w);
+  const unsigned int units = in.Transform(out, operation);
+  if (!in.IsEOS()) ReportOverflow();
+  EditUnits(text, codeSet_, 0, 0, static_cast<unsigned short>(units), 1, kSetFrom);
+  std::free(text);
+  return *this;
+}
+
+void KaString::Fill(unsigned short n, char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  EditUnits(&byte, KaLanguageContext::GetDefault8BitCodeSet(), 0, 0, byte != 0 ? 1 : 0, n,
+            kSetFrom);
+}
+
+void KaString::Fill(unsigned short n, unsigned short unit) {
+  EditUnits(&unit, KaLanguageContext::GetDefault16BitCodeSet(), 0, 0, unit != 0 ? 1 : 0, n,
+            kSetFrom);
+}
+
+void KaString::Expand(unsigned short n, char c) {
+  const unsigned short len = Len();
+  const auto byte = static_cast<unsigned char>(c);
+  if (n <= len || byte == 0) return;
+  EditUnits(&byte, KaLanguageContext::GetDefault8BitCodeSet(), len, 0, 1, n - len, kSetFrom);
+}
+
+void KaString::Expand(unsigned short n, unsigned short unit) {
+  const unsigned short len = Len();
+  if (n <= len || unit == 0) return;
+  EditUnits(&unit, KaLanguageContext::GetDefault16BitCodeSet(), len, 0, 1, n - len, kSetFrom);
+}
+
+// --- Searching -------------------------------------------------------------------
+
+int KaString::Find(const KaString& s, unsigned short start, unsigned short end) const {
+  if (s.codeSet_ != codeSet_ && !(s.codeSet_ == 0 && s.UnitWidth() == UnitWidth())) {
+    KaString mapped;
+    mapped.CopyMapped(s, codeSet_);
+    return Find(mapped, start, end);
+  }
+  const unsigned short len = Len();
+  const unsigned short stop = std::min(end, len);
+  const unsigned short nlen = s.Len();
+  if (start > stop || nlen > stop - start) return -1;
+  if (nlen == 0) return start;
+  const unsigned w = UnitWidth();
+  if (w == 1) {
+    const std::string_view hay(reinterpret_cast<const char*>(buffer_) + start, stop - start);
+    const size_t at = hay.find(std::string_view(reinterpret_cast<const char*>(s.buffer_), nlen));
+    return at == std::string_view::npos ? -1 : static_cast<int>(start + at);
+  }
+  const unsigned short first = s.UnitAt(0);
+  for (unsigned short i = start; i + nlen <= stop; ++i) {
+    if (LoadUnit(buffer_ + size_t{i} * 2, 2) == first &&
+        std::memcmp(buffer_ + size_t{i} * 2, s.buffer_, size_t{nlen} * 2) == 0) {
+      return i;
+    }
+  }
+  return -1;
+}
+
+int KaString::Find(char c, unsigned short start, unsigned short end) const {
+  const auto byte = static_cast<unsigned char>(c);
+  if (UnitWidth() == 1) {
+    const unsigned short stop = std::min(end, Len());
+    if (byte == 0 || start >= stop) return -1;
+    const void* at = std::memchr(buffer_ + start, byte, stop - start);
+    return at == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(at) - buffer_);
+  }
+  const KaCodeSet* set = KaCodeSet::Get(codeSet_);
+  const unsigned char source = KaLanguageContext::GetDefault8BitCodeSet();
+  const unsigned short unit = set != nullptr ? set->ConvertUnit(byte, source) : byte;
+  return Find(unit, start, end);
+}
+
+int KaString::Find(unsigned short unit, unsigned short start, unsigned short end) const {
+  const unsigned short stop = std::min(end, Len());
+  if (unit == 0) return -1;
+  for (unsigned short i = start; i < stop; ++i) {
+    if (UnitAt(i) == unit) return i;
+  }
+  return -1;
+}
+
+int KaString::SubStringPos(const KaString& s, unsigned short start) const {
+  return Find(s, start, kToEnd);
+}
+
+// --- Numbers ---------------------------------------------------------------------
+
+int KaString::Atol(int& result) const {
+  long long wide = 0;
+  const int status = Atoll(wide);
+  result = ClampToInt(wide);
+  return status;
+}
+
+int KaString::Atoll(long long& result) const {
+  result = 0;
+  const unsigned short first = UnitAt(0);
+  if (!IsDigitUnit(first) && first != '-') return -1;
+  result = ParseUnits(*this, 10);
+  return 0;
+}
+
+int KaString::Strtol(int& result) const {
+  long long wide = 0;
+  const int status = Strtoll(wide);
+  result = ClampToInt(wide);
+  return status;
+}
+
+int KaString::Strtoll(long long& result) const {
+  result = 0;
+  const unsigned short first = UnitAt(0);
+  if (!IsDigitUnit(first) && first != '-') return -1;
+  result = ParseUnits(*this, 0);
+  return 0;
+}
+
+KaString::operator short() const {
+  return static_cast<short>(std::clamp(static_cast<int>(*this), SHRT_MIN, SHRT_MAX));
+}
+
+KaString::operator int() const { return ClampToInt(static_cast<long long>(*this)); }
+
+KaString::operator double() const {
+  char text[80];
+  AsciiCopy(*this, text);
+  return std::strtod(text, nullptr);
+}
+
+KaString::operator long long() const {
+  char text[80];
+  AsciiCopy(*this, text);
+  return std::strtoll(text, nullptr, 10);
+}
+
+// --- Code sets -------------------------------------------------------------------
+
+int KaString::SetCodeSetCode(unsigned char codeSet) {
+  if (Width(codeSet) != UnitWidth()) return -2002;
+  codeSet_ = codeSet;
+  return 0;
+}
+
+void KaString::SetCodeSet(unsigned char codeSet) {
+  if (buffer_ != nullptr && Width(codeSet) != UnitWidth()) {
+    KaString converted(codeSet, language_);
+    converted.EditUnits(buffer_, Resolved(codeSet_), 0, 0, Len(), 1, kSetFrom);
+    Adopt(converted.buffer_, converted.size_);
+    converted.buffer_ = nullptr;
+  }
+  codeSet_ = codeSet;
+}
+
+void KaString::MapToCodeSet(unsigned char codeSet) { CopyMapped(*this, codeSet); }
+
+void KaString::CopyMapped(const KaString& source, unsigned char codeSet, unsigned short n) {
+  // Converted into a new string first: the source may be this string.
+  KaString mapped(codeSet, source.language_);
+  const unsigned short count = std::min(n, source.Len());
+  const unsigned char from = Resolved(source.codeSet_);
+  if (count > 0) {
+    if (from == Resolved(codeSet)) {
+      mapped.EditUnits(source.buffer_, codeSet, 0, 0, count, 1, kSetFrom);
+    } else {
+      Converted units(source.buffer_, from, count, Resolved(codeSet));
+      if (units.Units() == nullptr) return;
+      mapped.EditUnits(units.Units(), codeSet, 0, 0, static_cast<unsigned short>(units.Count()), 1,
+                       kSetFrom);
+    }
+  }
+  *this = std::move(mapped);
+}
+
+// --- Life ----------------------------------------------------------------------
+
+void KaString::Destroy() { Adopt(nullptr, 0); }
+
+void KaString::SetNullValue() {
+  Destroy();
+  codeSet_ = 0;
+  language_ = kNullLanguage;
+}
+
+bool KaString::SetDefaultCodeSet(unsigned char codeSet) {
+  return KaLanguageContext::SetDefaultCodeSet(codeSet);
+}
+bool KaString::SetDefaultLanguage(unsigned char language) {
+  return KaLanguageContext::SetDefaultLanguage(language);
+}
+void KaString::SetDefaultCmpOp(unsigned short cmpOp) { KaLanguageContext::SetDefaultCmpOp(cmpOp); }
+unsigned char KaString::GetDefaultCodeSet() { return KaLanguageContext::GetDefaultCodeSet(); }
+unsigned char KaString::GetDefault8CodeSet() { return KaLanguageContext::GetDefault8BitCodeSet(); }
+unsigned char KaString::GetDefault16CodeSet() {
+  return KaLanguageContext::GetDefault16BitCodeSet();
+}
+unsigned char KaString::GetDefaultLanguage() { return KaLanguageContext::GetDefaultLanguage(); }
+unsigned short KaString::GetDefaultCmpOp() { return KaLanguageContext::GetDefaultCmpOp(); }
+
+int KaString::SetAsterisk(const KaChar& c) { return SetWildcard(g_asterisk, c); }
+int KaString::SetQuestion(const KaChar& c) { return SetWildcard(g_question, c); }
+int KaString::SetEscape(const KaChar& c) { return SetWildcard(g_escape, c); }
+unsigned short KaString::GetAsterisk() { return WildcardOrder(g_asterisk, '*'); }
+unsigned short KaString::GetQuestion() { return WildcardOrder(g_question, '?'); }
+unsigned short KaString::GetEscape() { return WildcardOrder(g_escape, '\\'); }
+
+const KaString& KaString::EmptyString() {
+  static const KaString empty;
+  return empty;
+}
