@@ -1,0 +1,472 @@
+// KaString: construction, the edit routine and its 65532-byte limit, editing,
+// searching, numbers and code sets.
+#include "katypemgr/kastring.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kabase/assert.h"
+#include "kabase/config.h"
+#include "kai18n/langctx.h"
+
+namespace {
+
+using Units = std::vector<unsigned short>;
+
+std::string Text(const KaString& s) { return s.StrGet() == nullptr ? "" : s.StrGet(); }
+
+Units UnitsOf(const KaString& s) {
+  Units u;
+  for (unsigned short i = 0; i < s.Len(); ++i) u.push_back(s.UnitAt(i));
+  return u;
+}
+
+KaString Wide(const std::u16string& text) {
+  std::vector<unsigned short> units(text.begin(), text.end());
+  units.push_back(0);
+  return KaString(units.data());
+}
+
+// Captures "String overflow" reports; the configuration switch is set per test.
+std::vector<std::string> g_reports;
+
+class StringTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    g_reports.clear();
+    KaSetAssertReceiver([](const char* text, const char* source, int line) {
+      g_reports.push_back(std::string(text) + "|" + source + "|" + std::to_string(line));
+    });
+    DefaultConfig().SetInt("debug", "stringOverflow", 1);
+  }
+  void TearDown() override {
+    KaSetAssertReceiver(nullptr);
+    DefaultConfig().Remove("debug", "stringOverflow");
+    KaLanguageContext::Reset();
+  }
+  static bool Reported() {
+    return !g_reports.empty() && g_reports.back() == "String overflow|src/kastring|1110";
+  }
+};
+
+// --- Construction ------------------------------------------------------------------
+
+TEST_F(StringTest, EmptyContentHasNoBuffer) {
+  const KaString cases[] = {KaString(),
+                            KaString(""),
+                            KaString(char(0)),
+                            KaString(static_cast<unsigned short>(0)),
+                            KaString(static_cast<const char*>(nullptr)),
+                            KaString("abc", static_cast<unsigned short>(0)),
+                            KaString("abc").Copy(3, 1)};
+  for (const KaString& s : cases) {
+    EXPECT_EQ(nullptr, s.StrGet());
+    EXPECT_EQ(0, s.Size());
+    EXPECT_EQ(0, s.Len());
+    EXPECT_TRUE(s.IsEmpty());
+    EXPECT_TRUE(!s);
+  }
+}
+
+struct NumberCase {
+  KaString value;
+  const char* text;
+  const char* why;
+};
+
+TEST_F(StringTest, NumbersPrintAsTheirTypes) {
+  const NumberCase cases[] = {
+      {KaString(static_cast<short>(-32768)), "-32768", "short"},
+      {KaString(2147483647), "2147483647", "int"},
+      {KaString(4294967295u), "-1", "unsigned int prints signed, deliberately"},
+      {KaString(0.1), "0.10000000000000001", "%.17g"},
+      {KaString(LLONG_MIN), "-9223372036854775808", "64-bit"},
+      {KaString(ULLONG_MAX), "18446744073709551615", "unsigned 64-bit"},
+  };
+  for (const NumberCase& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(c.text, Text(c.value));
+    EXPECT_EQ(1, c.value.CodeSet()) << "default 8-bit code set";
+  }
+}
+
+TEST_F(StringTest, ConstructorsTakeTheirCodeSets) {
+  ASSERT_TRUE(KaLanguageContext::SetDefault8BitCodeSet(3));
+  ASSERT_TRUE(KaLanguageContext::SetDefaultLanguage(2));
+  EXPECT_EQ(3, KaString("x").CodeSet());
+  EXPECT_EQ(2, KaString("x").Language());
+  EXPECT_EQ(253, KaString(static_cast<unsigned short>(0x20AC)).CodeSet());
+  const KaString euro(static_cast<unsigned short>(0x20AC));
+  EXPECT_EQ(Units{0x20AC}, UnitsOf(euro));
+  EXPECT_EQ(2, euro.UnitWidth());
+  EXPECT_EQ(4, euro.Size()) << "one unit and the terminator";
+  const KaString labelled(static_cast<unsigned char>(25), static_cast<unsigned char>(18));
+  EXPECT_EQ(25, labelled.CodeSet());
+  EXPECT_EQ(18, labelled.Language());
+  EXPECT_TRUE(labelled.IsEmpty());
+}
+
+TEST_F(StringTest, CountedConstructorsTakeExactlyNUnits) {
+  EXPECT_EQ("ab", Text(KaString("abcdef", 2)));
+  EXPECT_EQ("abcdef", Text(KaString("abcdef", 65535))) << "above 65534: to the terminator";
+  const unsigned short wide[] = {'x', 'y', 'z', 0};
+  EXPECT_EQ((Units{'x', 'y'}), UnitsOf(KaString(wide, 2)));
+  EXPECT_EQ((Units{'x', 'y', 'z'}), UnitsOf(KaString(wide)));
+}
+
+TEST_F(StringTest, CopiesAreDeepAndAssignmentTakesTheSource) {
+  KaString a("hello");
+  a.SetLanguage(7);
+  KaString b(a);
+  EXPECT_NE(a.StrGet(), b.StrGet());
+  EXPECT_EQ(7, b.Language());
+  KaString c = Wide(u"wide");
+  c = a;
+  EXPECT_EQ(1, c.CodeSet());
+  EXPECT_EQ("hello", Text(c));
+  EXPECT_EQ(7, c.Language());
+  c = c;  // self-assignment leaves it alone
+  EXPECT_EQ("hello", Text(c));
+  c = "again";
+  EXPECT_EQ(0, c.Language()) << "the default language";
+}
+
+// --- The limit -------------------------------------------------------------------
+
+struct LimitCase {
+  const char* why;
+  void (*edit)(KaString&);
+  bool wide;
+};
+
+KaString Long(bool wide, unsigned short units) {
+  KaString s = wide ? Wide(u"x") : KaString("x");
+  s.Fill(units, static_cast<unsigned short>('x'));
+  return s;
+}
+
+const LimitCase kLimitCases[] = {
+    {"append", [](KaString& s) { s << KaString("0123456789"); }, false},
+    {"append wide", [](KaString& s) { s << Wide(u"0123456789"); }, true},
+    {"insert", [](KaString& s) { s.Insert(KaString("0123456789"), 3); }, false},
+    {"insert wide", [](KaString& s) { s.Insert(KaString("0123456789"), 3); }, true},
+    {"fill", [](KaString& s) { s.Fill(65535, 'y'); }, false},
+    {"fill wide", [](KaString& s) { s.Fill(40000, static_cast<unsigned short>('y')); }, true},
+    {"expand", [](KaString& s) { s.Expand(65535, 'y'); }, false},
+    {"expand wide", [](KaString& s) { s.Expand(40000, static_cast<unsigned short>('y')); }, true},
+    {"replace past the end", [](KaString& s) { s.Replace(KaString("0123456789"), 65530); }, false},
+    {"replace all growing", [](KaString& s) { s.ReplaceAll(KaString("x"), KaString("xy")); },
+     false},
+};
+
+TEST_F(StringTest, EveryEditStopsAtTheLimitAndReports) {
+  for (const LimitCase& c : kLimitCases) {
+    SCOPED_TRACE(c.why);
+    g_reports.clear();
+    KaString s = Long(c.wide, c.wide ? 32760 : 65525);
+    c.edit(s);
+    EXPECT_EQ(KaString::kMaxSize, s.Size());
+    EXPECT_EQ(c.wide ? 32765 : 65531, s.Len()) << "the terminator is kept";
+    EXPECT_TRUE(Reported());
+  }
+}
+
+TEST_F(StringTest, TheOverflowReportIsSwitchedByConfiguration) {
+  DefaultConfig().SetInt("debug", "stringOverflow", 0);
+  KaString s = Long(false, 65531);
+  s << "more";
+  EXPECT_EQ(KaString::kMaxSize, s.Size());
+  EXPECT_TRUE(g_reports.empty()) << "silent when switched off";
+}
+
+TEST_F(StringTest, JustBelowTheLimitIsNoOverflow) {
+  KaString s = Long(false, 65530);
+  s << 'z';
+  EXPECT_EQ(65532, s.Size());
+  EXPECT_EQ('z', s.UnitAt(65530));
+  EXPECT_TRUE(g_reports.empty());
+}
+
+// --- Mixing code sets --------------------------------------------------------------
+
+TEST_F(StringTest, AppendingConvertsIntoTheTargetsCodeSet) {
+  KaString narrow("caf");
+  narrow << Wide(u"\u00e9\u20ac\u4e00");
+  EXPECT_EQ(1, narrow.CodeSet()) << "the target never changes width";
+  EXPECT_EQ("caf\xE9\x80?", Text(narrow)) << "é and € exist in Windows-1252, 一 does not";
+
+  KaString wide = Wide(u"x");
+  wide << KaString("\xE9\x80");
+  EXPECT_EQ((Units{'x', 0xE9, 0x20AC}), UnitsOf(wide));
+
+  KaString latin2("a");
+  ASSERT_EQ(0, latin2.SetCodeSetCode(3));
+  latin2 << KaString("\xE9");                     // é from Windows-1252 is 0xE9 in ISO-8859-2 too
+  latin2 << static_cast<unsigned short>(0x0142);  // ł, a Unicode unit
+  EXPECT_EQ("a\xE9\xB3", Text(latin2));
+}
+
+TEST_F(StringTest, NumbersAppendAsText) {
+  KaString s("n=");
+  s << static_cast<short>(-5) << ',' << 42 << ',' << 7u << ',' << 1.5f << ',' << -9LL;
+  EXPECT_EQ("n=-5,42,7,1.5,-9", Text(s));
+}
+
+// --- Editing -----------------------------------------------------------------------
+
+TEST_F(StringTest, CopyLeftRightClipToTheText) {
+  const KaString s("abcdef");
+  EXPECT_EQ("cde", Text(s.Copy(2, 3)));
+  EXPECT_EQ("cdef", Text(s.Copy(2, 65535)));
+  EXPECT_EQ("", Text(s.Copy(6, 1)));
+  EXPECT_EQ("", Text(s.Copy(65535, 65535)));
+  EXPECT_EQ("ab", Text(s.Left(2)));
+  EXPECT_EQ("abcdef", Text(s.Left(100)));
+  EXPECT_EQ("ef", Text(s.Right(2)));
+  EXPECT_EQ("abcdef", Text(s.Right(65535)));
+}
+
+struct EditCase {
+  const char* start;
+  void (*edit)(KaString&);
+  const char* result;
+  const char* why;
+};
+const EditCase kEditCases[] = {
+    {"abcdef", [](KaString& s) { s.Cut(1, 2); }, "adef", "cut inside"},
+    {"abcdef", [](KaString& s) { s.Cut(4, 65535); }, "abcd", "cut to the end"},
+    {"abcdef", [](KaString& s) { s.Cut(0, 6); }, "", "cut everything"},
+    {"abcdef", [](KaString& s) { s.Cut(9, 1); }, "abcdef", "cut past the end"},
+    {"abef", [](KaString& s) { s.Insert(KaString("cd"), 2); }, "abcdef", "insert"},
+    {"ab", [](KaString& s) { s.Insert(KaString("cd"), 60000); }, "abcd", "insert past the end"},
+    {"", [](KaString& s) { s.Insert(KaString("cd"), 0); }, "cd", "insert into empty"},
+    {"abc", [](KaString& s) { s.Insert(KaString(""), 1); }, "abc", "insert nothing"},
+    {"abcdef", [](KaString& s) { s.Replace(KaString("XY"), 1); }, "aXYdef", "replace inside"},
+    {"abc", [](KaString& s) { s.Replace(KaString("xyz"), 2); }, "abxyz", "replace grows"},
+    {"a-b-c", [](KaString& s) { s.ReplaceAll(KaString("-"), KaString("--")); }, "a--b--c",
+     "replace all growing"},
+    {"a--b--c", [](KaString& s) { s.ReplaceAll(KaString("--"), KaString("")); }, "abc",
+     "replace all with nothing"},
+    {"xaxbx", [](KaString& s) { s.ReplaceAll(KaString("x"), KaString("y"), 1); }, "xayby",
+     "replace all from a position"},
+    {"a.b.c", [](KaString& s) { s.ReplaceAll('.', ','); }, "a,b,c", "replace characters"},
+    {" \t ab c \r\n", [](KaString& s) { s.Trim(); }, "ab c", "trim"},
+    {"  ab ", [](KaString& s) { s.LeftTrim(); }, "ab ", "left trim"},
+    {"  ab ", [](KaString& s) { s.RightTrim(); }, "  ab", "right trim"},
+    {"   ", [](KaString& s) { s.Trim(); }, "", "only blanks"},
+    {"abc", [](KaString& s) { s.Fill(4, '*'); }, "****", "fill replaces"},
+    {"abc", [](KaString& s) { s.Fill(0, '*'); }, "", "fill with nothing"},
+    {"ab", [](KaString& s) { s.Expand(5, '.'); }, "ab...", "expand"},
+    {"abcdef", [](KaString& s) { s.Expand(3, '.'); }, "abcdef", "expand shorter does nothing"},
+};
+
+TEST_F(StringTest, EditsAsDocumented) {
+  for (const EditCase& c : kEditCases) {
+    SCOPED_TRACE(c.why);
+    KaString s(c.start);
+    c.edit(s);
+    EXPECT_EQ(c.result, Text(s));
+    EXPECT_EQ(s.IsEmpty(), s.StrGet() == nullptr) << "an empty result keeps no buffer";
+  }
+}
+
+TEST_F(StringTest, EditingAStringWithItself) {
+  KaString s("ab");
+  s << s;
+  EXPECT_EQ("abab", Text(s));
+  s.Insert(s, 1);
+  EXPECT_EQ("aababbab", Text(s));
+  s.Replace(s.Copy(0, 2), 6);
+  EXPECT_EQ("aababbaa", Text(s));
+}
+
+TEST_F(StringTest, WideStringsEditByUnits) {
+  KaString s = Wide(u"\u03b1\u03b2\u03b3\u03b4");
+  s.Cut(1, 2);
+  EXPECT_EQ((Units{0x03B1, 0x03B4}), UnitsOf(s));
+  s.Insert(Wide(u"\u4e00"), 1);
+  EXPECT_EQ((Units{0x03B1, 0x4E00, 0x03B4}), UnitsOf(s));
+  s.Expand(5, static_cast<unsigned short>(0x3000));
+  EXPECT_EQ(5, s.Len());
+  EXPECT_EQ(12, s.Size());
+  s.RightTrim();
+  EXPECT_EQ(5, s.Len()) << "the ideographic space is not a blank";
+  EXPECT_EQ(2, s.ReplaceAll(static_cast<unsigned short>(0x3000), static_cast<unsigned short>('.')));
+}
+
+// --- Searching -----------------------------------------------------------------------
+
+TEST_F(StringTest, FindsWithinTheRange) {
+  const KaString s("abcabcab");
+  EXPECT_EQ(0, s.Find(KaString("abc")));
+  EXPECT_EQ(3, s.Find(KaString("abc"), 1));
+  EXPECT_EQ(-1, s.Find(KaString("abc"), 1, 5)) << "must end before the end position";
+  EXPECT_EQ(3, s.Find(KaString("abc"), 1, 6));
+  EXPECT_EQ(-1, s.Find(KaString("abd")));
+  EXPECT_EQ(-1, s.Find(KaString("abcabcabc")));
+  EXPECT_EQ(2, s.Find(KaString(""), 2));
+  EXPECT_EQ(-1, s.Find(KaString("a"), 60000));
+  EXPECT_EQ(2, s.Find('c'));
+  EXPECT_EQ(5, s.Find('c', 3));
+  EXPECT_EQ(-1, s.Find('z'));
+  EXPECT_EQ(6, s.SubStringPos(KaString("ab"), 4));
+  EXPECT_EQ(-1, KaString().Find(KaString("a")));
+  EXPECT_EQ(-1, KaString().Find('a'));
+}
+
+TEST_F(StringTest, FindsAcrossCodeSets) {
+  const KaString wide = Wide(u"na\u00efve caf\u00e9");
+  EXPECT_EQ(2, wide.Find(KaString("\xEF")));
+  EXPECT_EQ(9, wide.Find(KaString("\xE9")));
+  EXPECT_EQ(9, wide.Find('\xE9'));
+  EXPECT_EQ(6, wide.Find(static_cast<unsigned short>('c')));
+  EXPECT_EQ(1, KaString("caf\xE9").Find(Wide(u"af\u00e9")));
+}
+
+// --- Numbers -------------------------------------------------------------------------
+
+struct NumberParseCase {
+  const char* text;
+  int status;
+  long long decimal;   // Atoll
+  long long prefixed;  // Strtoll
+};
+const NumberParseCase kParseCases[] = {
+    {"42", 0, 42, 42},
+    {"-17xyz", 0, -17, -17},
+    {"0x1F", 0, 0, 31},
+    {"017", 0, 17, 15},
+    {"08", 0, 8, 0},
+    {"-", 0, 0, 0},
+    {"x1", -1, 0, 0},
+    {" 5", -1, 0, 0},
+    {"+5", -1, 0, 0},
+    {"", -1, 0, 0},
+    {"9223372036854775807", 0, LLONG_MAX, LLONG_MAX},
+    {"-9223372036854775808", 0, LLONG_MIN, LLONG_MIN},
+    {"0x", 0, 0, 0},
+};
+
+TEST_F(StringTest, AtollAndStrtollAgreeWithTheCLibrary) {
+  for (const NumberParseCase& c : kParseCases) {
+    SCOPED_TRACE(c.text);
+    const KaString s(c.text);
+    long long a = 99, b = 99;
+    EXPECT_EQ(c.status, s.Atoll(a));
+    EXPECT_EQ(c.status, s.Strtoll(b));
+    EXPECT_EQ(c.decimal, a);
+    EXPECT_EQ(c.prefixed, b);
+    if (c.status == 0) {
+      EXPECT_EQ(std::strtoll(c.text, nullptr, 10), a) << "the C library reads the same";
+      EXPECT_EQ(std::strtoll(c.text, nullptr, 0), b);
+    }
+    // The same digits as 16-bit units parse directly.
+    const std::string t(c.text);
+    long long w = 99;
+    EXPECT_EQ(c.status, Wide(std::u16string(t.begin(), t.end())).Strtoll(w));
+    EXPECT_EQ(c.prefixed, w);
+  }
+}
+
+TEST_F(StringTest, ThirtyTwoBitFormsClampLikeALong) {
+  int v = 0;
+  EXPECT_EQ(0, KaString("2147483648").Atol(v));
+  EXPECT_EQ(INT_MAX, v);
+  EXPECT_EQ(0, KaString("-2147483649").Strtol(v));
+  EXPECT_EQ(INT_MIN, v);
+  EXPECT_EQ(0, KaString("0xFFFFFFFF").Strtol(v));
+  EXPECT_EQ(INT_MAX, v);
+  EXPECT_EQ(-1, KaString("abc").Atol(v));
+  EXPECT_EQ(0, v) << "the result is cleared first";
+}
+
+TEST_F(StringTest, ConversionOperatorsReadLikeTheCLibrary) {
+  EXPECT_EQ(-12, static_cast<int>(KaString("  -12abc")));
+  EXPECT_EQ(SHRT_MAX, static_cast<short>(KaString("99999")));
+  EXPECT_DOUBLE_EQ(2.5e3, static_cast<double>(KaString("2.5e3")));
+  EXPECT_EQ(1LL << 40, static_cast<long long>(Wide(u"1099511627776")));
+  EXPECT_EQ(0, static_cast<int>(KaString()));
+}
+
+// --- Code sets -----------------------------------------------------------------------
+
+TEST_F(StringTest, RelabellingKeepsTheWidthClass) {
+  KaString s("abc");
+  EXPECT_EQ(-2002, s.SetCodeSetCode(253));
+  EXPECT_EQ(1, s.CodeSet());
+  EXPECT_EQ(0, s.SetCodeSetCode(3));
+  EXPECT_EQ(3, s.CodeSet());
+  EXPECT_EQ("abc", Text(s));
+}
+
+TEST_F(StringTest, SetCodeSetConvertsOnlyAcrossWidths) {
+  KaString s = Wide(u"\u00e9t\u00e9");
+  s.SetCodeSet(0);
+  EXPECT_EQ(0, s.CodeSet()) << "the byte stays 0";
+  EXPECT_EQ("\xE9t\xE9", Text(s)) << "converted into the native set";
+  s.SetCodeSet(3);
+  EXPECT_EQ("\xE9t\xE9", Text(s)) << "same width: relabelled only";
+  KaString empty;
+  empty.SetCodeSet(253);
+  EXPECT_EQ(253, empty.CodeSet());
+}
+
+TEST_F(StringTest, MapToCodeSetConvertsEveryCharacter) {
+  KaString s("\xE4\x80");  // ä and € in Windows-1252
+  s.MapToCodeSet(16);      // ISO-8859-5 has neither
+  EXPECT_EQ(16, s.CodeSet());
+  EXPECT_EQ("??", Text(s));
+  KaString cyr("\xC0");  // А in Windows-1251
+  ASSERT_EQ(0, cyr.SetCodeSetCode(7));
+  KaString koi;
+  koi.CopyMapped(cyr, 25);
+  EXPECT_EQ("\xE1", Text(koi));
+  koi.CopyMapped(KaString("abcdef"), 253, 3);
+  EXPECT_EQ((Units{'a', 'b', 'c'}), UnitsOf(koi));
+}
+
+// --- Null value, defaults, wildcards -------------------------------------------------------
+
+TEST_F(StringTest, NullValueIsLanguage254) {
+  KaString s("x");
+  s.SetNullValue();
+  EXPECT_TRUE(s.IsNullValue());
+  EXPECT_EQ(nullptr, s.StrGet());
+  EXPECT_EQ(0, s.CodeSet());
+  KaString orders(static_cast<unsigned char>(254), static_cast<unsigned char>(0));
+  EXPECT_TRUE(orders.IsNullValue());
+  EXPECT_FALSE(KaString().IsNullValue()) << "empty is not null";
+  s.Destroy();
+  EXPECT_EQ(254, s.Language()) << "Destroy keeps code set and language";
+}
+
+TEST_F(StringTest, WildcardsDefaultToTheOrdersOfCodeSet1) {
+  EXPECT_EQ(80 + 79, KaString::GetAsterisk());
+  EXPECT_EQ(80 + 42, KaString::GetQuestion());
+  EXPECT_EQ(80 + 80, KaString::GetEscape());
+  EXPECT_EQ(0, KaString::SetQuestion(KaChar('_', 1, 0)));
+  EXPECT_EQ(80 + 32, KaString::GetQuestion());
+  KaString::SetQuestion(KaChar('?', 1, 0));
+}
+
+TEST_F(StringTest, FirstWildcardFetchIsSafeFromTwoThreads) {
+  std::vector<unsigned short> seen(2);
+  std::thread a([&] { seen[0] = KaString::GetEscape(); });
+  std::thread b([&] { seen[1] = KaString::GetEscape(); });
+  a.join();
+  b.join();
+  EXPECT_EQ(seen[0], seen[1]);
+}
+
+TEST_F(StringTest, EmptyStringIsShared) {
+  EXPECT_EQ(&KaString::EmptyString(), &KaString::EmptyString());
+  EXPECT_TRUE(KaString::EmptyString().IsEmpty());
+}
+
+}  // namespace
