@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -251,6 +251,24 @@ void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsign
     ReportOverflow();
     newSize = kMaxSize;
   }
+  // Appending a foreign run grows the buffer where it lies: the old text
+  // stays as it is, only the run and the terminator are written.
+  const auto from = reinterpret_cast<uintptr_t>(src);
+  const auto own = reinterpret_cast<uintptr_t>(buffer_);
+  const bool appending = mode == kSetFrom && !truncated && buffer_ != nullptr && p == oldLen * w &&
+                         (from + (sourcePosition * w + run) <= own || from >= own + oldSize);
+  if (appending) {
+    if (auto* grown = static_cast<unsigned char*>(std::realloc(buffer_, newSize))) {
+      buffer_ = grown;
+      for (unsigned r = 0; r < repeat && run > 0; ++r) {
+        std::memcpy(grown + p + r * run, src + sourcePosition * w, run);
+      }
+      std::memset(grown + newSize - w, 0, w);
+      size_ = static_cast<unsigned short>(newSize);
+      EndAtFirstZero(oldLen);
+      return;
+    }
+  }
   auto* out = static_cast<unsigned char*>(KaMalloc(newSize));
   if (out == nullptr) return;
   std::memset(out, 0, newSize);
@@ -264,6 +282,25 @@ void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsign
   }
   if (mode == kSetFrom || truncated) std::memset(out + newSize - w, 0, w);
   Adopt(out, static_cast<unsigned short>(newSize));
+  EndAtFirstZero(p / w);
+}
+
+void KaString::EndAtFirstZero(size_t from) {
+  // A text ends at its first zero unit. Keeping the size at that unit (a run
+  // taken from counted source units may hold a zero) lets Len() read the
+  // length off the size instead of scanning.
+  const unsigned w = UnitWidth();
+  const size_t units = size_ / w - 1;
+  for (size_t i = from; i < units; ++i) {
+    if (LoadUnit(buffer_ + i * w, w) == 0) {
+      if (i == 0) {
+        Adopt(nullptr, 0);
+      } else {
+        size_ = static_cast<unsigned short>((i + 1) * w);
+      }
+      return;
+    }
+  }
 }
 
 void KaString::Adopt(unsigned char* buffer, unsigned short size) {
@@ -413,10 +450,6 @@ KaString& KaString::operator=(const unsigned short* text) {
 }
 
 // --- Reading ---------------------------------------------------------------------
-
-unsigned short KaString::Len() const {
-  return static_cast<unsigned short>(UnitLength(buffer_, UnitWidth(), size_ / UnitWidth()));
-}
 
 bool KaString::IsEmpty() const { return buffer_ == nullptr || LoadUnit(buffer_, UnitWidth()) == 0; }
 
@@ -645,23 +678,17 @@ void KaString::Expand(unsigned short n, unsigned short unit) {
 
 // --- Searching -------------------------------------------------------------------
 
-int KaString::Find(const KaString& s, unsigned short start, unsigned short end) const {
+int KaString::FindUnits(const KaString& s, unsigned short start, unsigned short end) const {
   if (s.codeSet_ != codeSet_ && !(s.codeSet_ == 0 && s.UnitWidth() == UnitWidth())) {
     KaString mapped;
     mapped.CopyMapped(s, codeSet_);
     return Find(mapped, start, end);
   }
-  const unsigned short len = Len();
-  const unsigned short stop = std::min(end, len);
+  if (UnitWidth() == 1) return FindBytes(s, start, end);
+  const unsigned short stop = std::min(end, Len());
   const unsigned short nlen = s.Len();
   if (start > stop || nlen > stop - start) return -1;
   if (nlen == 0) return start;
-  const unsigned w = UnitWidth();
-  if (w == 1) {
-    const std::string_view hay(reinterpret_cast<const char*>(buffer_) + start, stop - start);
-    const size_t at = hay.find(std::string_view(reinterpret_cast<const char*>(s.buffer_), nlen));
-    return at == std::string_view::npos ? -1 : static_cast<int>(start + at);
-  }
   const unsigned short first = s.UnitAt(0);
   for (unsigned short i = start; i + nlen <= stop; ++i) {
     if (LoadUnit(buffer_ + size_t{i} * 2, 2) == first &&
@@ -672,14 +699,8 @@ int KaString::Find(const KaString& s, unsigned short start, unsigned short end) 
   return -1;
 }
 
-int KaString::Find(char c, unsigned short start, unsigned short end) const {
+int KaString::FindWideChar(char c, unsigned short start, unsigned short end) const {
   const auto byte = static_cast<unsigned char>(c);
-  if (UnitWidth() == 1) {
-    const unsigned short stop = std::min(end, Len());
-    if (byte == 0 || start >= stop) return -1;
-    const void* at = std::memchr(buffer_ + start, byte, stop - start);
-    return at == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(at) - buffer_);
-  }
   const KaCodeSet* set = KaCodeSet::Get(codeSet_);
   const unsigned char source = KaLanguageContext::GetDefault8BitCodeSet();
   const unsigned short unit = set != nullptr ? set->ConvertUnit(byte, source) : byte;
@@ -693,10 +714,6 @@ int KaString::Find(unsigned short unit, unsigned short start, unsigned short end
     if (UnitAt(i) == unit) return i;
   }
   return -1;
-}
-
-int KaString::SubStringPos(const KaString& s, unsigned short start) const {
-  return Find(s, start, kToEnd);
 }
 
 // --- Numbers ---------------------------------------------------------------------

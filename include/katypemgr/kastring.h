@@ -15,7 +15,9 @@
 #ifndef KATYPEMGR_KASTRING_H_
 #define KATYPEMGR_KASTRING_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "kai18n/codeset.h"
 
@@ -55,7 +57,12 @@ class KaString {
   KaString& operator=(const unsigned short* text);  // default 16-bit set and language
 
   // --- Reading ---------------------------------------------------------------
-  unsigned short Len() const;  // units before the terminator
+  // Units before the terminator. Every edit ends the text at its first zero
+  // unit, so the terminator is the buffer's last unit and the length follows
+  // from the size.
+  unsigned short Len() const {
+    return buffer_ == nullptr ? 0 : static_cast<unsigned short>(size_ / UnitWidth() - 1);
+  }
   bool IsEmpty() const;
   bool operator!() const { return IsEmpty(); }
   const char* StrGet() const { return reinterpret_cast<const char*>(buffer_); }
@@ -114,10 +121,18 @@ class KaString {
   // at or before `end` (65535: the end of the text), or -1. An empty `s` is
   // found at `start` when start is not past the end. `s` in another code set
   // is converted into this one first.
-  int Find(const KaString& s, unsigned short start = 0, unsigned short end = 65535) const;
-  int Find(char c, unsigned short start = 0, unsigned short end = 65535) const;
+  int Find(const KaString& s, unsigned short start = 0, unsigned short end = 65535) const {
+    if (s.codeSet_ == codeSet_ && UnitWidth() == 1) return FindBytes(s, start, end);
+    return FindUnits(s, start, end);
+  }
+  int Find(char c, unsigned short start = 0, unsigned short end = 65535) const {
+    if (UnitWidth() == 1) return FindByte(static_cast<unsigned char>(c), start, end);
+    return FindWideChar(c, start, end);
+  }
   int Find(unsigned short unit, unsigned short start = 0, unsigned short end = 65535) const;
-  int SubStringPos(const KaString& s, unsigned short start = 0) const;
+  int SubStringPos(const KaString& s, unsigned short start = 0) const {
+    return Find(s, start, 65535);
+  }
 
   // --- Numbers -----------------------------------------------------------------
   // Result 0 first; -1 when the first unit is neither a digit nor "-", else 0
@@ -193,7 +208,38 @@ class KaString {
                  EditMode mode, unsigned char flag = 255);
 
  private:
+  // Search in 1-byte text of one code set: inline, since it runs per key.
+  // The length of 1-byte text is its size less the terminator.
+  int FindBytes(const KaString& s, unsigned short start, unsigned short end) const {
+    const size_t len = size_ != 0 ? size_ - 1u : 0;
+    const size_t stop = end < len ? end : len;
+    const size_t n = s.size_ != 0 ? s.size_ - 1u : 0;
+    if (start > stop || n > stop - start) return -1;
+    if (n == 0) return start;
+    // The first unit by memchr, the rest by memcmp.
+    const unsigned char* h = buffer_ + start;
+    size_t left = stop - start;
+    const unsigned char first = s.buffer_[0];
+    while (left >= n) {
+      const auto* p = static_cast<const unsigned char*>(std::memchr(h, first, left - n + 1));
+      if (p == nullptr) return -1;
+      if (std::memcmp(p + 1, s.buffer_ + 1, n - 1) == 0) return static_cast<int>(p - buffer_);
+      left -= static_cast<size_t>(p + 1 - h);
+      h = p + 1;
+    }
+    return -1;
+  }
+  int FindByte(unsigned char c, unsigned short start, unsigned short end) const {
+    const size_t len = size_ != 0 ? size_ - 1u : 0;
+    const size_t stop = end < len ? end : len;
+    if (c == 0 || start >= stop) return -1;
+    const void* at = std::memchr(buffer_ + start, c, stop - start);
+    return at == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(at) - buffer_);
+  }
+  int FindUnits(const KaString& s, unsigned short start, unsigned short end) const;
+  int FindWideChar(char c, unsigned short start, unsigned short end) const;
   void Adopt(unsigned char* buffer, unsigned short size);
+  void EndAtFirstZero(size_t from);
   void SetFromText(const char* text, unsigned char codeSet, unsigned char language);
 
   unsigned char* buffer_ = nullptr;
