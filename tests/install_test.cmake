@@ -30,16 +30,16 @@ run(${CMAKE_COMMAND} -S ${KA_CONSUMER_DIR} -B ${KA_WORK_DIR}/cmake-build-wrong -
 
 # pkg-config: compile and link the same program by hand.
 find_program(pkgconfig pkg-config REQUIRED)
-file(GLOB_RECURSE pcfile ${prefix}/*/kai18n.pc)
+file(GLOB_RECURSE pcfile ${prefix}/*/katypemgr.pc)
 if(NOT pcfile)
-  message(FATAL_ERROR "kai18n.pc was not installed")
+  message(FATAL_ERROR "katypemgr.pc was not installed")
 endif()
 get_filename_component(pcdir ${pcfile} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pcdir})
-execute_process(COMMAND ${pkgconfig} --cflags --libs kai18n
+execute_process(COMMAND ${pkgconfig} --cflags --libs katypemgr
                 OUTPUT_VARIABLE pcflags OUTPUT_STRIP_TRAILING_WHITESPACE RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
-  message(FATAL_ERROR "pkg-config does not know kai18n")
+  message(FATAL_ERROR "pkg-config does not know katypemgr")
 endif()
 separate_arguments(pcflags UNIX_COMMAND "${pcflags}")
 run(${KA_CXX_COMPILER} ${KA_CXX_FLAGS} ${KA_CONSUMER_DIR}/main.cpp ${pcflags}

@@ -120,6 +120,19 @@ TEST_F(StringTest, CountedConstructorsTakeExactlyNUnits) {
   EXPECT_EQ((Units{'x', 'y', 'z'}), UnitsOf(KaString(wide)));
 }
 
+TEST_F(StringTest, TextEndsAtItsFirstZeroUnit) {
+  const KaString s("ab\0cd", 5);
+  EXPECT_EQ(2, s.Len());
+  EXPECT_EQ(3, s.Size()) << "the size matches what a scan for the terminator finds";
+  KaString t("xy");
+  t << KaString("\0z", 2);
+  EXPECT_EQ("xy", Text(t));
+  EXPECT_EQ(3, t.Size());
+  const unsigned short wide[] = {'p', 0, 'q'};
+  EXPECT_EQ(1, KaString(wide, 3).Len());
+  EXPECT_EQ(nullptr, KaString("\0abc", 4).StrGet()) << "nothing before the zero";
+}
+
 TEST_F(StringTest, CopiesAreDeepAndAssignmentTakesTheSource) {
   KaString a("hello");
   a.SetLanguage(7);

@@ -1,7 +1,6 @@
 // Uses each service of the installed libraries once; exits non-zero on a
 // wrong answer.
-#include <kabase/kabase.h>
-#include <kai18n/kai18n.h>
+#include <katypemgr/katypemgr.h>
 
 #include <cstdio>
 
@@ -23,6 +22,11 @@ int main() {
       KaLanguageContext::GetDefaultCmpOp() != 16) {
     return 6;
   }
+  KaString text(
+      "stra\xDF"
+      "e");
+  text.ToUpper();
+  if (text.Len() != 7 || text.Find(KaString("SS")) != 4) return 7;
   std::puts("consumer: ok");
   return 0;
 }
