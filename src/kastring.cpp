@@ -718,35 +718,31 @@ int KaString::Find(unsigned short unit, unsigned short start, unsigned short end
 
 // --- Numbers ---------------------------------------------------------------------
 
-int KaString::Atol(int& result) const {
+namespace {
+
+// The C library's reading of a number: -1 (result 0) unless the text starts
+// with a digit or "-"; base 10, or 0 for the prefix rule.
+int ParseNumber(const KaString& s, int base, long long& result) {
+  result = 0;
+  const unsigned short first = s.UnitAt(0);
+  if (!IsDigitUnit(first) && first != '-') return -1;
+  result = ParseUnits(s, base);
+  return 0;
+}
+
+int ParseInt(const KaString& s, int base, int& result) {
   long long wide = 0;
-  const int status = Atoll(wide);
+  const int status = ParseNumber(s, base, wide);
   result = ClampToInt(wide);
   return status;
 }
 
-int KaString::Atoll(long long& result) const {
-  result = 0;
-  const unsigned short first = UnitAt(0);
-  if (!IsDigitUnit(first) && first != '-') return -1;
-  result = ParseUnits(*this, 10);
-  return 0;
-}
+}  // namespace
 
-int KaString::Strtol(int& result) const {
-  long long wide = 0;
-  const int status = Strtoll(wide);
-  result = ClampToInt(wide);
-  return status;
-}
-
-int KaString::Strtoll(long long& result) const {
-  result = 0;
-  const unsigned short first = UnitAt(0);
-  if (!IsDigitUnit(first) && first != '-') return -1;
-  result = ParseUnits(*this, 0);
-  return 0;
-}
+int KaString::Atol(int& result) const { return ParseInt(*this, 10, result); }
+int KaString::Atoll(long long& result) const { return ParseNumber(*this, 10, result); }
+int KaString::Strtol(int& result) const { return ParseInt(*this, 0, result); }
+int KaString::Strtoll(long long& result) const { return ParseNumber(*this, 0, result); }
 
 KaString::operator short() const {
   return static_cast<short>(std::clamp(static_cast<int>(*this), SHRT_MIN, SHRT_MAX));

@@ -8,25 +8,15 @@
 #include "kabase/assert.h"
 #include "kabase/config.h"
 #include "kai18n/langctx.h"
+#include "kastring_test_util.h"
 #include "katypemgr/kastring.h"
 
 namespace {
 
-using Units = std::vector<unsigned short>;
-
-std::string Text(const KaString& s) { return s.StrGet() == nullptr ? "" : s.StrGet(); }
-
-Units UnitsOf(const KaString& s) {
-  Units u;
-  for (unsigned short i = 0; i < s.Len(); ++i) u.push_back(s.UnitAt(i));
-  return u;
-}
-
-KaString Wide(const std::u16string& text) {
-  std::vector<unsigned short> units(text.begin(), text.end());
-  units.push_back(0);
-  return KaString(units.data());
-}
+using ka::test::Text;
+using ka::test::Units;
+using ka::test::UnitsOf;
+using ka::test::Wide;
 
 Units OrdersOf(KaStringIterator it) {
   Units orders;
