@@ -1,0 +1,129 @@
+// Text of the primitive values: the PrintToString, ScanFromString, ConvertTo
+// and ConvertFrom slots of the rows o_char, o_u1b, o_2b, o_u2b, o_4b, o_u4b,
+// BlockId, int, unsigned, enum, o_float, o_double, o_8b and o_u8b.
+//
+// Element types (what the rows' Create makes and Delete frees, and what
+// ConvertFrom allocates the same way, `new (std::nothrow) T[count]()`):
+//   o_char signed char, o_u1b unsigned char, o_2b int16_t, o_u2b uint16_t,
+//   o_4b int32_t, o_u4b and BlockId uint32_t, int and enum int, unsigned
+//   unsigned, o_float float, o_double double, o_8b int64_t, o_u8b uint64_t.
+//
+// Formats. Rows that share a function differ only by their default format
+// ("%hd"/"%hu", "%ld"/"%lu"/"#%lu", "%d"/"%u", "%I64d"/"%I64u"), so the
+// conversion letter decides how the bits are read: d and i signed; u, o, x
+// and X unsigned. The row's width decides the size, never the length
+// modifier: "%ld" on a 4-byte row reads 32 bits, "%I64d" 64, and "%hd" on an
+// int row still prints the whole int. Formats come from engine code and tool
+// users, so every format is checked before the C library sees it. Accepted:
+// literal text, any number of "%%", and exactly one conversion
+//   %[flags][width][.precision][length]conversion
+// with flags from "-+ #0", width and precision as digits of at most 255 (no
+// "*"), a length modifier among hh h l ll I32 I64 (integers) or l L
+// (floating), and a conversion of the row's kind:
+//   one-byte rows   c, d, i, o, u, x, X
+//   integer rows    d, i, o, u, x, X
+//   floating rows   e, E, f, F, g, G, a, A; or a format beginning "ldexp("
+//                   with exactly a floating conversion followed by a d or i
+//                   conversion (mantissa and exponent, see below)
+// A flag or precision the C library leaves undefined for the conversion ("#"
+// with d, i, u or c; "0" or a precision with c) fails the check, and so does
+// a format longer than 255 bytes. A null format, or one that fails the
+// check, is replaced by the family's default: "%c"; "%hd"/"%hu", "%ld"/"%lu",
+// "%d"/"%u", "%lld"/"%llu" (signed or unsigned as the first conversion
+// letter of the rejected format says, signed when it names none); "%.17g".
+//
+// Printing replaces the output's text (default 8-bit code set and language).
+// A null `values` leaves the output as it was. The one-byte rows print all
+// `count` bytes, printable ones (0x20..0x7E, the C locale's isprint on the
+// unsigned byte) through the format and every other byte as "0x%02x"; the
+// other rows print the first element only and do not read `count`.
+// Floating values: -infinity, +infinity and NaN print as "-Infinity",
+// "Infinity" and "NaN" whatever the format; an "ldexp(" format prints the
+// frexp split of the value, e.g. "ldexp(%.17g,%d)" gives "ldexp(0.75,3)" for
+// 6.0. With "%.17g" (the default) every finite double prints exactly.
+//
+// Scanning: a null destination answers null. Text in a 2-byte code set is
+// first converted into the default 8-bit code set. The text is then read with
+// sscanf's rules into the first element: literal text must match, blanks in
+// the format match any blanks, a width is the longest field, flags and
+// precision (print-only) are ignored. An integer is read in 64 bits and
+// stored modulo 2^width, as the C library stores into a narrower variable.
+// A text that matches nothing leaves the destination unchanged; the
+// destination is answered in every case. Before the format is applied, the
+// texts that printing makes without it are recognised, so that printing and
+// scanning round-trip for every value:
+//   one-byte rows  exactly "0x" and two hex digits naming a byte that is not
+//                  printable (a printable byte prints as itself, so "0x41"
+//                  still reads the byte '0' through "%c");
+//   floating rows  "Infinity", "-Infinity" and "NaN" (after leading blanks,
+//                  ending the text or followed by a blank).
+// An "ldexp(" format reads the mantissa and the exponent and answers
+// ldexp(mantissa, exponent), the exponent clamped to +-100000.
+//
+// ConvertTo makes a holder (type id 11, no manager) of `count` new strings,
+// element i printed with the function's default format; null for null values
+// or when memory is short. ConvertFrom answers a new array of `count`
+// elements scanned with the default format from holder->GetString(i); an
+// element whose string is missing or does not match is 0. Null for a null
+// holder or when memory is short (after KaCallMemoryHandler).
+// The ConvertTo/From pair of o_u4b serves BlockId as well and uses "%lu".
+#ifndef KATYPEMGR_KAPRIMTEXT_H_
+#define KATYPEMGR_KAPRIMTEXT_H_
+
+class KaString;
+class KaTypeConvertData;
+
+// --- PrintToString ---------------------------------------------------------------
+KaString& CharPrintToKaString(KaString& out, void* values, const char* format,
+                              unsigned int count);  // o_char, o_u1b
+KaString& ShortPrintToKaString(KaString& out, void* values, const char* format,
+                               unsigned int count);  // o_2b, o_u2b
+KaString& LongPrintToKaString(KaString& out, void* values, const char* format,
+                              unsigned int count);  // o_4b, o_u4b, BlockId
+KaString& IntPrintToKaString(KaString& out, void* values, const char* format,
+                             unsigned int count);  // int, unsigned, enum
+KaString& FloatPrintToKaString(KaString& out, void* values, const char* format,
+                               unsigned int count);  // o_float
+KaString& DoublePrintToKaString(KaString& out, void* values, const char* format,
+                                unsigned int count);  // o_double
+KaString& O_8BPrintToKaString(KaString& out, void* values, const char* format,
+                              unsigned int count);  // o_8b, o_u8b
+
+// --- ScanFromString --------------------------------------------------------------
+void* CharScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+void* ShortScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+void* LongScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+void* IntScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+void* FloatScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+void* DoubleScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+void* O_8BScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+
+// --- ConvertTo: values to a holder of strings -----------------------------------------
+KaTypeConvertData* CharConvertToKaString(void* values, unsigned int count);      // o_char "%c"
+KaTypeConvertData* O_U1BConvertToKaString(void* values, unsigned int count);     // o_u1b "%c"
+KaTypeConvertData* ShortConvertToKaString(void* values, unsigned int count);     // o_2b "%hd"
+KaTypeConvertData* WordConvertToKaString(void* values, unsigned int count);      // o_u2b "%hu"
+KaTypeConvertData* LongConvertToKaString(void* values, unsigned int count);      // o_4b "%ld"
+KaTypeConvertData* DwordConvertToKaString(void* values, unsigned int count);     // o_u4b "%lu"
+KaTypeConvertData* IntConvertToKaString(void* values, unsigned int count);       // int "%d"
+KaTypeConvertData* UnsignedConvertToKaString(void* values, unsigned int count);  // "%u"
+KaTypeConvertData* FloatConvertToKaString(void* values, unsigned int count);     // "%.17g"
+KaTypeConvertData* DoubleConvertToKaString(void* values, unsigned int count);    // "%.17g"
+KaTypeConvertData* O_8BConvertToKaString(void* values, unsigned int count);      // "%I64d"
+KaTypeConvertData* O_U8BConvertToKaString(void* values, unsigned int count);     // "%I64u"
+
+// --- ConvertFrom: a holder of strings to a new value array -------------------------------
+void* CharConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* O_U1BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* ShortConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* WordConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* LongConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* DwordConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* IntConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* UnsignedConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* FloatConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* DoubleConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* O_8BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+void* O_U8BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+
+#endif  // KATYPEMGR_KAPRIMTEXT_H_
