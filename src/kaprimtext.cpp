@@ -603,8 +603,9 @@ KaTypeConvertData* ConvertToStrings(void* values, unsigned int count, size_t ele
   KaString* strings = ka::NewStringArray(count);
   if (strings == nullptr && count > 0) return nullptr;
   auto* bytes = static_cast<unsigned char*>(values);
-  for (unsigned int i = 0; i < count; ++i)
+  for (unsigned int i = 0; i < count; ++i) {
     print(strings[i], bytes + size_t{i} * elementSize, format, 1);
+  }
   KaTypeConvertData* holder = KaTypeConvertData::Make(KaSTRING_T, count, strings, nullptr);
   if (holder == nullptr) ka::DeleteStringArray(strings);
   return holder;

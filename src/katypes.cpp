@@ -397,7 +397,8 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
         "unsigned", "KaUNSIGNED_T", "%u", SizeFromMemFile<IntSizeGet>, UnsignedCompare,
         UnsignedEvalAndBound, IntHash, UnsignedConvertToKaString, UnsignedConvertFromKaString,
         kTranslate<UnsignedStore, UnsignedLoad, 4>, IntPrintToKaString, IntScanFromKaString,
-        DefaultFromEmptyText<IntConvertFromKaString>, StepInteger<unsigned>),
+        // Its own array type, so that Delete frees what DefaultValue made.
+        DefaultFromEmptyText<UnsignedConvertFromKaString>, StepInteger<unsigned>),
     // "enum" is "int" but for its names, its own translate function and no stepping.
     PrimitiveRow<int>("enum", "KaENUM_T", "%d", SizeFromMemFile<IntSizeGet>, IntCompare,
                       IntEvalAndBound, IntHash, IntConvertToKaString, IntConvertFromKaString,

@@ -195,6 +195,33 @@ TEST(TypeMgr, MemoryLengthsAreTheHostSizes) {
 
 // --- Stepping -------------------------------------------------------------------------
 
+// Each stepping row at its largest value: no next value, and the value stays.
+template <typename T>
+void ExpectNoStepPastMaximum(KaTypeMgr& m, signed char id) {
+  SCOPED_TRACE(static_cast<int>(id));
+  T v = std::numeric_limits<T>::max();
+  EXPECT_EQ(2091, m.GetValue(id, &v, 0, 8, 'N'));
+  EXPECT_EQ(std::numeric_limits<T>::max(), v);
+  T below = std::numeric_limits<T>::max() - 1;
+  EXPECT_EQ(0, m.GetValue(id, &below, 0, 8, 'M'));
+  EXPECT_EQ(std::numeric_limits<T>::max(), below);
+}
+
+TEST(TypeMgr, NoRowStepsPastItsMaximum) {
+  KaTypeMgr m;
+  ExpectNoStepPastMaximum<signed char>(m, Ka1B_T);
+  ExpectNoStepPastMaximum<unsigned char>(m, KaU1B_T);
+  ExpectNoStepPastMaximum<int16_t>(m, Ka2B_T);
+  ExpectNoStepPastMaximum<uint16_t>(m, KaU2B_T);
+  ExpectNoStepPastMaximum<int32_t>(m, Ka4B_T);
+  ExpectNoStepPastMaximum<uint32_t>(m, KaU4B_T);
+  ExpectNoStepPastMaximum<int>(m, KaINT_T);
+  ExpectNoStepPastMaximum<unsigned>(m, KaUNSIGNED_T);
+  ExpectNoStepPastMaximum<uint32_t>(m, KaBLOCKID_T);
+  ExpectNoStepPastMaximum<int64_t>(m, Ka8B_T);
+  ExpectNoStepPastMaximum<uint64_t>(m, KaU8B_T);
+}
+
 TEST(TypeMgr, StepsEachIntegerTypeToItsMaximum) {
   KaTypeMgr m;
   signed char c = 127;

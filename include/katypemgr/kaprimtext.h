@@ -29,7 +29,7 @@
 // with d, i, u or c; "0" or a precision with c) fails the check, and so does
 // a format longer than 255 bytes. A null format, or one that fails the
 // check, is replaced by the family's default: "%c"; "%hd"/"%hu", "%ld"/"%lu",
-// "%d"/"%u", "%lld"/"%llu" (signed or unsigned as the first conversion
+// "%d"/"%u", "%I64d"/"%I64u" (signed or unsigned as the first conversion
 // letter of the rejected format says, signed when it names none); "%.17g".
 //
 // Printing replaces the output's text (default 8-bit code set and language).
