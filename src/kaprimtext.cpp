@@ -108,7 +108,7 @@ bool SkipField(const char*& p) {
   return true;
 }
 
-// One conversion specification of a caller's format, as read.
+// One conversion of a caller's format, as read.
 struct Conversion {
   const char* flags = nullptr;
   const char* flagsEnd = nullptr;
@@ -120,7 +120,7 @@ struct Conversion {
   char letter = '\0';
 };
 
-// Reads the specification after a '%'. False when it is not well formed.
+// Reads the conversion after a "%". False when it is not well formed.
 bool ReadConversion(const char*& p, Conversion& c) {
   c.flags = p;
   while (IsIn(*p, "-+ #0")) ++p;

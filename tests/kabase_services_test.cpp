@@ -2,6 +2,7 @@
 // memory-shortage hooks, and the module version check.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -18,66 +19,41 @@ extern "C" const char* __asan_default_options() { return "allocator_may_return_n
 
 namespace {
 
-// --- MemFile -----------------------------------------------------------------
+using Bytes = std::vector<unsigned char>;
 
 const unsigned char kTen[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
 
-TEST(MemFile, SeekPeeksWithoutMoving) {
-  MemFile file(kTen, sizeof kTen);
-  ASSERT_TRUE(file.SetPosition(4));
-  const unsigned char* p = file.Seek(0, 2);
-  ASSERT_NE(nullptr, p);
-  EXPECT_EQ(4, p[0]);
-  EXPECT_EQ(5, p[1]);
-  ASSERT_NE(nullptr, file.Seek(5, 1));
-  EXPECT_EQ(9, *file.Seek(5, 1));
-  EXPECT_EQ(4u, file.Tell()) << "a peek must not consume";
-}
+Bytes Content(const MemFile& file) { return Bytes(file.Data(), file.Data() + file.Size()); }
 
 struct SeekCase {
   size_t position, offset, length;
-  bool found;
+  int found;  // the byte the answer points at, or -1 for null
   const char* why;
 };
 constexpr SeekCase kSeekCases[] = {
-    {0, 0, 10, true, "whole file"},
-    {0, 0, 11, false, "one byte past the end"},
-    {10, 0, 1, false, "position at the end"},
-    {9, 0, 1, true, "last byte"},
-    {9, 1, 1, false, "offset past the end"},
-    {3, 0, 0, false, "empty peek answers null"},
-    {2, SIZE_MAX, 1, false, "offset that would wrap"},
-    {2, 1, SIZE_MAX, false, "length that would wrap"},
-    {2, SIZE_MAX - 1, 2, false, "sum that would wrap"},
+    {4, 5, 1, 9, "last byte, offset from the position"},
+    {0, 0, 11, -1, "one byte past the end"},
+    {3, 0, 0, -1, "empty peek answers null"},
+    {2, SIZE_MAX, 1, -1, "offset that would wrap"},
+    {2, 1, SIZE_MAX, -1, "length that would wrap"},
+    {2, SIZE_MAX - 1, 2, -1, "sum that would wrap"},
 };
 
-TEST(MemFile, SeekPastTheEndAnswersNull) {
+TEST(MemFile, SeekAndReadStopAtTheEnd) {
   MemFile file(kTen, sizeof kTen);
   for (const SeekCase& c : kSeekCases) {
     SCOPED_TRACE(c.why);
     ASSERT_TRUE(file.SetPosition(c.position));
-    EXPECT_EQ(c.found, file.Seek(c.offset, c.length) != nullptr);
+    const unsigned char* p = file.Seek(c.offset, c.length);
+    EXPECT_EQ(c.found, p != nullptr ? *p : -1);
+    EXPECT_EQ(c.position, file.Tell()) << "a peek must not consume";
   }
-  EXPECT_EQ(nullptr, MemFile().Seek(0, 1)) << "empty file";
-}
-
-TEST(MemFile, SetPositionRefusesPastTheEnd) {
-  MemFile file(kTen, sizeof kTen);
-  EXPECT_TRUE(file.SetPosition(10));
   EXPECT_FALSE(file.SetPosition(11));
-  EXPECT_EQ(10u, file.Tell());
-  EXPECT_EQ(0u, file.Remaining());
-}
-
-TEST(MemFile, ReadStopsAtTheEnd) {
-  MemFile file(kTen, sizeof kTen);
   ASSERT_TRUE(file.SetPosition(7));
-  unsigned char out[8] = {};
-  EXPECT_EQ(3u, file.Read(out, sizeof out));
-  EXPECT_EQ(7, out[0]);
-  EXPECT_EQ(9, out[2]);
-  EXPECT_EQ(0u, file.Read(out, sizeof out));
-  EXPECT_EQ(0u, file.Read(nullptr, 1));
+  unsigned char out[4] = {};
+  EXPECT_EQ(3u, file.Read(out, sizeof out)) << "a read stops at the end";
+  EXPECT_EQ((Bytes{7, 8, 9, 0}), Bytes(out, out + 4));
+  EXPECT_EQ(nullptr, MemFile(nullptr, 5).Seek(0, 1)) << "null data is an empty file";
 }
 
 TEST(MemFile, WriteOverwritesAndGrows) {
@@ -85,50 +61,29 @@ TEST(MemFile, WriteOverwritesAndGrows) {
   ASSERT_TRUE(file.SetPosition(2));
   const unsigned char more[] = {0xA, 0xB, 0xC, 0xD};
   EXPECT_EQ(4u, file.Write(more, sizeof more));
-  EXPECT_EQ(6u, file.Size());
   EXPECT_EQ(6u, file.Tell());
-  EXPECT_EQ((std::vector<unsigned char>{0, 1, 0xA, 0xB, 0xC, 0xD}),
-            std::vector<unsigned char>(file.Data(), file.Data() + file.Size()));
+  EXPECT_EQ((Bytes{0, 1, 0xA, 0xB, 0xC, 0xD}), Content(file));
   EXPECT_EQ(0u, file.Write(nullptr, 3));
-  EXPECT_EQ(0u, file.Write(more, 0));
-}
-
-TEST(MemFile, WriteFromItsOwnBufferWhileGrowing) {
-  MemFile file(kTen, sizeof kTen);
-  ASSERT_TRUE(file.SetPosition(8));
   // The source lies inside the buffer that growing replaces.
+  ASSERT_TRUE(file.SetPosition(4));
   EXPECT_EQ(6u, file.Write(file.Data(), 6));
-  EXPECT_EQ((std::vector<unsigned char>{0, 1, 2, 3, 4, 5, 6, 7, 0, 1, 2, 3, 4, 5}),
-            std::vector<unsigned char>(file.Data(), file.Data() + file.Size()));
+  EXPECT_EQ((Bytes{0, 1, 0xA, 0xB, 0, 1, 0xA, 0xB, 0xC, 0xD}), Content(file));
 }
 
-TEST(MemFile, NullDataMakesAnEmptyFile) {
-  MemFile file(nullptr, 5);
-  EXPECT_EQ(0u, file.Size());
-  EXPECT_EQ(nullptr, file.Seek(0, 1));
-}
-
-// --- KAMO_assert and the memory handler ---------------------------------------
-
-struct Report {
-  std::string text, source;
-  int line;
-};
-std::vector<Report>* g_reports = nullptr;
-std::vector<size_t>* g_shortages = nullptr;
+std::vector<std::string> g_reports;
+std::vector<size_t> g_shortages;
 int g_handlerAnswer = 0;
 
 class Hooks : public ::testing::Test {
  protected:
   void SetUp() override {
-    g_reports = &reports_;
-    g_shortages = &shortages_;
-    g_handlerAnswer = 0;
+    g_reports.clear();
+    g_shortages.clear();
     KaSetAssertReceiver([](const char* text, const char* source, int line) {
-      g_reports->push_back({text, source, line});
+      g_reports.push_back(std::string(text) + "|" + source + "|" + std::to_string(line));
     });
     KaSetMemoryHandler([](size_t size) {
-      g_shortages->push_back(size);
+      g_shortages.push_back(size);
       return g_handlerAnswer;
     });
   }
@@ -136,70 +91,37 @@ class Hooks : public ::testing::Test {
     KaSetAssertReceiver(nullptr);
     KaSetMemoryHandler(nullptr);
   }
-  std::vector<Report> reports_;
-  std::vector<size_t> shortages_;
 };
 
-TEST_F(Hooks, AssertReachesTheInstalledReceiverAndReturns) {
+TEST_F(Hooks, AssertGoesToTheReceiverOrByDefaultToStandardError) {
   KAMO_assert("String overflow", "src/kastring", 1110);
   KAMO_assert(nullptr, nullptr, -1);
-  ASSERT_EQ(2u, reports_.size());
-  EXPECT_EQ("String overflow", reports_[0].text);
-  EXPECT_EQ("src/kastring", reports_[0].source);
-  EXPECT_EQ(1110, reports_[0].line);
-  EXPECT_EQ("(null)", reports_[1].text);
-  EXPECT_EQ("(null)", reports_[1].source);
-}
-
-TEST_F(Hooks, InstallingNullRestoresTheStandardErrorReport) {
-  const KaAssertReceiver mine = KaSetAssertReceiver(nullptr);
-  EXPECT_NE(nullptr, mine);
+  EXPECT_EQ((std::vector<std::string>{"String overflow|src/kastring|1110", "(null)|(null)|-1"}),
+            g_reports);
+  EXPECT_NE(nullptr, KaSetAssertReceiver(nullptr)) << "answers the receiver it replaces";
   testing::internal::CaptureStderr();
   KAMO_assert("nr != unknown", "kacore/inc/_kanulty", 168);
   EXPECT_EQ("katypemgr assertion: nr != unknown (kacore/inc/_kanulty, line 168)\n",
             testing::internal::GetCapturedStderr());
-  EXPECT_TRUE(reports_.empty());
 }
 
-TEST_F(Hooks, MemoryHandlerGetsTheRequestedSize) {
-  g_handlerAnswer = 7;
-  EXPECT_EQ(7, KaCallMemoryHandler(4096));
-  EXPECT_EQ(std::vector<size_t>{4096}, shortages_);
-}
-
+// Under the sanitizer every failed malloc leaves one warning line, which makes
+// the single retry after a non-zero answer visible.
 TEST_F(Hooks, FailedMallocCallsTheHandlerAndRetriesOnlyWhenTold) {
-  EXPECT_EQ(nullptr, KaMalloc(SIZE_MAX / 2));
-  EXPECT_EQ(std::vector<size_t>{SIZE_MAX / 2}, shortages_) << "one call, no retry on 0";
-
-  shortages_.clear();
-  g_handlerAnswer = 1;
-  EXPECT_EQ(nullptr, KaMalloc(SIZE_MAX / 2));
-  EXPECT_EQ(std::vector<size_t>{SIZE_MAX / 2}, shortages_) << "one retry, then give up";
-
+  for (int answer : {0, 1}) {
+    g_handlerAnswer = answer;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(nullptr, KaMalloc(SIZE_MAX / 2));
+    const std::string said = testing::internal::GetCapturedStderr();
+#if defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(1 + answer, std::count(said.begin(), said.end(), '\n')) << said;
+#endif
+  }
+  EXPECT_EQ((std::vector<size_t>{SIZE_MAX / 2, SIZE_MAX / 2}), g_shortages);
   void* p = KaMalloc(16);
   EXPECT_NE(nullptr, p);
   std::free(p);
 }
-
-TEST_F(Hooks, ReserveRefusesMoreThanAVectorCanHold) {
-  std::vector<uint64_t> v;
-  EXPECT_FALSE(ka::detail::Reserve(v, v.max_size() + 1));
-  EXPECT_EQ(1u, shortages_.size());
-  EXPECT_TRUE(ka::detail::Reserve(v, 8));
-  EXPECT_GE(v.capacity(), 8u);
-}
-
-TEST_F(Hooks, ReserveKeepsBadAllocInsideTheLibrary) {
-#if defined(__SANITIZE_ADDRESS__)
-  GTEST_SKIP() << "the sanitizer's operator new stops the process instead of throwing";
-#else
-  std::vector<uint64_t> v;
-  EXPECT_FALSE(ka::detail::Reserve(v, v.max_size() / 2));
-  EXPECT_EQ(1u, shortages_.size());
-#endif
-}
-
-// --- Version check ------------------------------------------------------------
 
 struct VersionCase {
   int major, minor, a, b, c, flags, answer;
@@ -207,12 +129,10 @@ struct VersionCase {
 };
 constexpr int kEngineFlags = KA_VERSION_REPORT | KA_VERSION_SAME_RELEASE;
 constexpr VersionCase kVersionCases[] = {
-    {12, 0, 2, 155, 0, kEngineFlags, KA_VERSION_COMPATIBLE, "identical"},
     {12, 0, 9, 9, 9, kEngineFlags, KA_VERSION_COMPATIBLE, "same release, other build"},
     {12, 1, 2, 155, 0, kEngineFlags, KA_VERSION_MINOR_DIFFERS, "newer minor"},
     {12, 1, 2, 155, 0, 0, KA_VERSION_COMPATIBLE, "minor ignored without flag 2"},
     {11, 0, 2, 155, 0, 0, KA_VERSION_MAJOR_DIFFERS, "major always compared"},
-    {13, 0, 2, 155, 0, kEngineFlags, KA_VERSION_MAJOR_DIFFERS, "newer major"},
     {12, 0, 2, 155, 1, KA_VERSION_SAME_BUILD, KA_VERSION_BUILD_DIFFERS, "strict build"},
     {12, 0, 2, 155, 0, kEngineFlags | KA_VERSION_SAME_BUILD, KA_VERSION_COMPATIBLE, "strict ok"},
 };
@@ -226,9 +146,6 @@ TEST(Version, ChecksMajorMinorAndBuildByFlags) {
     const bool reported = c.answer != KA_VERSION_COMPATIBLE && (c.flags & KA_VERSION_REPORT);
     EXPECT_EQ(reported, !said.empty()) << said;
   }
-}
-
-TEST(Version, ReportNamesBothVersions) {
   testing::internal::CaptureStderr();
   CheckKaVersionNumber(12, 3, 1, 2, 3, kEngineFlags);
   EXPECT_EQ(
