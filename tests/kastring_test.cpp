@@ -1,10 +1,8 @@
-// KaString: construction, the edit routine and its 65532-byte limit, editing,
-// searching, numbers and code sets.
+// KaString: the edit routine and its 65532-byte limit, searching, numbers, code sets.
 #include "katypemgr/kastring.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <string>
@@ -40,74 +38,39 @@ class StringTest : public ::testing::Test {
     DefaultConfig().Remove("debug", "stringOverflow");
     KaLanguageContext::Reset();
   }
-  static bool Reported() {
-    return !g_reports.empty() && g_reports.back() == "String overflow|src/kastring|1110";
-  }
 };
 
-// --- Construction ------------------------------------------------------------------
+// Defined first, so that the two threads make the first fetch of the process.
+TEST_F(StringTest, WildcardsDefaultToTheOrdersOfCodeSet1EvenFromTwoThreads) {
+  unsigned short seen[2] = {};
+  std::thread a([&] { seen[0] = KaString::GetAsterisk(); });
+  std::thread b([&] { seen[1] = KaString::GetAsterisk(); });
+  a.join();
+  b.join();
+  EXPECT_EQ(80 + 79, seen[0]);
+  EXPECT_EQ(80 + 79, seen[1]);
+  EXPECT_EQ(80 + 42, KaString::GetQuestion());
+  EXPECT_EQ(80 + 80, KaString::GetEscape());
+}
 
 TEST_F(StringTest, EmptyContentHasNoBuffer) {
-  const KaString cases[] = {KaString(),
-                            KaString(""),
-                            KaString(char(0)),
-                            KaString(static_cast<unsigned short>(0)),
+  const KaString cases[] = {KaString(char(0)), KaString(static_cast<unsigned short>(0)),
                             KaString(static_cast<const char*>(nullptr)),
                             KaString("abc", static_cast<unsigned short>(0)),
                             KaString("abc").Copy(3, 1)};
   for (const KaString& s : cases) {
     EXPECT_EQ(nullptr, s.StrGet());
     EXPECT_EQ(0, s.Size());
-    EXPECT_EQ(0, s.Len());
-    EXPECT_TRUE(s.IsEmpty());
-    EXPECT_TRUE(!s);
   }
 }
-
-struct NumberCase {
-  KaString value;
-  const char* text;
-  const char* why;
-};
 
 TEST_F(StringTest, NumbersPrintAsTheirTypes) {
-  const NumberCase cases[] = {
-      {KaString(static_cast<short>(-32768)), "-32768", "short"},
-      {KaString(2147483647), "2147483647", "int"},
-      {KaString(4294967295u), "-1", "unsigned int prints signed, deliberately"},
-      {KaString(0.1), "0.10000000000000001", "%.17g"},
-      {KaString(LLONG_MIN), "-9223372036854775808", "64-bit"},
-      {KaString(ULLONG_MAX), "18446744073709551615", "unsigned 64-bit"},
-  };
-  for (const NumberCase& c : cases) {
-    SCOPED_TRACE(c.why);
-    EXPECT_EQ(c.text, Text(c.value));
-    EXPECT_EQ(1, c.value.CodeSet()) << "default 8-bit code set";
-  }
-}
-
-TEST_F(StringTest, ConstructorsTakeTheirCodeSets) {
-  ASSERT_TRUE(KaLanguageContext::SetDefault8BitCodeSet(3));
-  ASSERT_TRUE(KaLanguageContext::SetDefaultLanguage(2));
-  EXPECT_EQ(3, KaString("x").CodeSet());
-  EXPECT_EQ(2, KaString("x").Language());
-  EXPECT_EQ(253, KaString(static_cast<unsigned short>(0x20AC)).CodeSet());
-  const KaString euro(static_cast<unsigned short>(0x20AC));
-  EXPECT_EQ(Units{0x20AC}, UnitsOf(euro));
-  EXPECT_EQ(2, euro.UnitWidth());
-  EXPECT_EQ(4, euro.Size()) << "one unit and the terminator";
-  const KaString labelled(static_cast<unsigned char>(25), static_cast<unsigned char>(18));
-  EXPECT_EQ(25, labelled.CodeSet());
-  EXPECT_EQ(18, labelled.Language());
-  EXPECT_TRUE(labelled.IsEmpty());
-}
-
-TEST_F(StringTest, CountedConstructorsTakeExactlyNUnits) {
-  EXPECT_EQ("ab", Text(KaString("abcdef", 2)));
-  EXPECT_EQ("abcdef", Text(KaString("abcdef", 65535))) << "above 65534: to the terminator";
-  const unsigned short wide[] = {'x', 'y', 'z', 0};
-  EXPECT_EQ((Units{'x', 'y'}), UnitsOf(KaString(wide, 2)));
-  EXPECT_EQ((Units{'x', 'y', 'z'}), UnitsOf(KaString(wide)));
+  EXPECT_EQ("-32768", Text(KaString(static_cast<short>(-32768))));
+  EXPECT_EQ("2147483647", Text(KaString(2147483647)));
+  EXPECT_EQ("-1", Text(KaString(4294967295u))) << "unsigned int prints signed, deliberately";
+  EXPECT_EQ("0.10000000000000001", Text(KaString(0.1))) << "%.17g";
+  EXPECT_EQ("-9223372036854775808", Text(KaString(LLONG_MIN)));
+  EXPECT_EQ("18446744073709551615", Text(KaString(ULLONG_MAX)));
 }
 
 TEST_F(StringTest, TextEndsAtItsFirstZeroUnit) {
@@ -122,25 +85,6 @@ TEST_F(StringTest, TextEndsAtItsFirstZeroUnit) {
   EXPECT_EQ(1, KaString(wide, 3).Len());
   EXPECT_EQ(nullptr, KaString("\0abc", 4).StrGet()) << "nothing before the zero";
 }
-
-TEST_F(StringTest, CopiesAreDeepAndAssignmentTakesTheSource) {
-  KaString a("hello");
-  a.SetLanguage(7);
-  KaString b(a);
-  EXPECT_NE(a.StrGet(), b.StrGet());
-  EXPECT_EQ(7, b.Language());
-  KaString c = Wide(u"wide");
-  c = a;
-  EXPECT_EQ(1, c.CodeSet());
-  EXPECT_EQ("hello", Text(c));
-  EXPECT_EQ(7, c.Language());
-  c = c;  // self-assignment leaves it alone
-  EXPECT_EQ("hello", Text(c));
-  c = "again";
-  EXPECT_EQ(0, c.Language()) << "the default language";
-}
-
-// --- The limit -------------------------------------------------------------------
 
 struct LimitCase {
   const char* why;
@@ -164,8 +108,7 @@ const LimitCase kLimitCases[] = {
     {"expand", [](KaString& s) { s.Expand(65535, 'y'); }, false},
     {"expand wide", [](KaString& s) { s.Expand(40000, static_cast<unsigned short>('y')); }, true},
     {"replace past the end", [](KaString& s) { s.Replace(KaString("0123456789"), 65530); }, false},
-    {"replace all growing", [](KaString& s) { s.ReplaceAll(KaString("x"), KaString("xy")); },
-     false},
+    {"replace all", [](KaString& s) { s.ReplaceAll(KaString("x"), KaString("xy")); }, false},
 };
 
 TEST_F(StringTest, EveryEditStopsAtTheLimitAndReports) {
@@ -176,63 +119,36 @@ TEST_F(StringTest, EveryEditStopsAtTheLimitAndReports) {
     c.edit(s);
     EXPECT_EQ(KaString::kMaxSize, s.Size());
     EXPECT_EQ(c.wide ? 32765 : 65531, s.Len()) << "the terminator is kept";
-    EXPECT_TRUE(Reported());
+    EXPECT_EQ("String overflow|src/kastring|1110", g_reports.empty() ? "" : g_reports.back());
   }
 }
 
-TEST_F(StringTest, TheOverflowReportIsSwitchedByConfiguration) {
-  DefaultConfig().SetInt("debug", "stringOverflow", 0);
-  KaString s = Long(false, 65531);
-  s << "more";
-  EXPECT_EQ(KaString::kMaxSize, s.Size());
-  EXPECT_TRUE(g_reports.empty()) << "silent when switched off";
-}
-
-TEST_F(StringTest, JustBelowTheLimitIsNoOverflow) {
+TEST_F(StringTest, ReachingTheLimitIsNoOverflowAndTheReportIsSwitchedByConfiguration) {
   KaString s = Long(false, 65530);
   s << 'z';
   EXPECT_EQ(65532, s.Size());
   EXPECT_EQ('z', s.UnitAt(65530));
-  EXPECT_TRUE(g_reports.empty());
+  EXPECT_TRUE(g_reports.empty()) << "exactly the limit";
+  DefaultConfig().SetInt("debug", "stringOverflow", 0);
+  s.Cut(65529, 2);
+  s << "more";
+  EXPECT_EQ(KaString::kMaxSize, s.Size());
+  EXPECT_TRUE(g_reports.empty()) << "silent when switched off";
 }
-
-// --- Mixing code sets --------------------------------------------------------------
 
 TEST_F(StringTest, AppendingConvertsIntoTheTargetsCodeSet) {
   KaString narrow("caf");
   narrow << Wide(u"\u00e9\u20ac\u4e00");
   EXPECT_EQ(1, narrow.CodeSet()) << "the target never changes width";
   EXPECT_EQ("caf\xE9\x80?", Text(narrow)) << "é and € exist in Windows-1252, 一 does not";
-
   KaString wide = Wide(u"x");
   wide << KaString("\xE9\x80");
   EXPECT_EQ((Units{'x', 0xE9, 0x20AC}), UnitsOf(wide));
-
   KaString latin2("a");
   ASSERT_EQ(0, latin2.SetCodeSetCode(3));
   latin2 << KaString("\xE9");                     // é from Windows-1252 is 0xE9 in ISO-8859-2 too
   latin2 << static_cast<unsigned short>(0x0142);  // ł, a Unicode unit
   EXPECT_EQ("a\xE9\xB3", Text(latin2));
-}
-
-TEST_F(StringTest, NumbersAppendAsText) {
-  KaString s("n=");
-  s << static_cast<short>(-5) << ',' << 42 << ',' << 7u << ',' << 1.5f << ',' << -9LL;
-  EXPECT_EQ("n=-5,42,7,1.5,-9", Text(s));
-}
-
-// --- Editing -----------------------------------------------------------------------
-
-TEST_F(StringTest, CopyLeftRightClipToTheText) {
-  const KaString s("abcdef");
-  EXPECT_EQ("cde", Text(s.Copy(2, 3)));
-  EXPECT_EQ("cdef", Text(s.Copy(2, 65535)));
-  EXPECT_EQ("", Text(s.Copy(6, 1)));
-  EXPECT_EQ("", Text(s.Copy(65535, 65535)));
-  EXPECT_EQ("ab", Text(s.Left(2)));
-  EXPECT_EQ("abcdef", Text(s.Left(100)));
-  EXPECT_EQ("ef", Text(s.Right(2)));
-  EXPECT_EQ("abcdef", Text(s.Right(65535)));
 }
 
 struct EditCase {
@@ -242,26 +158,20 @@ struct EditCase {
   const char* why;
 };
 const EditCase kEditCases[] = {
+    {"abcdef", [](KaString& s) { s = s.Copy(2, 65535); }, "cdef", "copy clips the count"},
     {"abcdef", [](KaString& s) { s.Cut(1, 2); }, "adef", "cut inside"},
     {"abcdef", [](KaString& s) { s.Cut(4, 65535); }, "abcd", "cut to the end"},
-    {"abcdef", [](KaString& s) { s.Cut(0, 6); }, "", "cut everything"},
     {"abcdef", [](KaString& s) { s.Cut(9, 1); }, "abcdef", "cut past the end"},
     {"abef", [](KaString& s) { s.Insert(KaString("cd"), 2); }, "abcdef", "insert"},
     {"ab", [](KaString& s) { s.Insert(KaString("cd"), 60000); }, "abcd", "insert past the end"},
     {"", [](KaString& s) { s.Insert(KaString("cd"), 0); }, "cd", "insert into empty"},
-    {"abc", [](KaString& s) { s.Insert(KaString(""), 1); }, "abc", "insert nothing"},
     {"abcdef", [](KaString& s) { s.Replace(KaString("XY"), 1); }, "aXYdef", "replace inside"},
     {"abc", [](KaString& s) { s.Replace(KaString("xyz"), 2); }, "abxyz", "replace grows"},
-    {"a-b-c", [](KaString& s) { s.ReplaceAll(KaString("-"), KaString("--")); }, "a--b--c",
-     "replace all growing"},
-    {"a--b--c", [](KaString& s) { s.ReplaceAll(KaString("--"), KaString("")); }, "abc",
-     "replace all with nothing"},
-    {"xaxbx", [](KaString& s) { s.ReplaceAll(KaString("x"), KaString("y"), 1); }, "xayby",
-     "replace all from a position"},
+    {"a-b", [](KaString& s) { s.ReplaceAll(KaString("-"), KaString("--")); }, "a--b", "all grows"},
+    {"a--b", [](KaString& s) { s.ReplaceAll(KaString("--"), KaString("")); }, "ab", "all by none"},
+    {"xax", [](KaString& s) { s.ReplaceAll(KaString("x"), KaString("y"), 1); }, "xay", "all from"},
     {"a.b.c", [](KaString& s) { s.ReplaceAll('.', ','); }, "a,b,c", "replace characters"},
     {" \t ab c \r\n", [](KaString& s) { s.Trim(); }, "ab c", "trim"},
-    {"  ab ", [](KaString& s) { s.LeftTrim(); }, "ab ", "left trim"},
-    {"  ab ", [](KaString& s) { s.RightTrim(); }, "  ab", "right trim"},
     {"   ", [](KaString& s) { s.Trim(); }, "", "only blanks"},
     {"abc", [](KaString& s) { s.Fill(4, '*'); }, "****", "fill replaces"},
     {"abc", [](KaString& s) { s.Fill(0, '*'); }, "", "fill with nothing"},
@@ -292,35 +202,20 @@ TEST_F(StringTest, EditingAStringWithItself) {
 TEST_F(StringTest, WideStringsEditByUnits) {
   KaString s = Wide(u"\u03b1\u03b2\u03b3\u03b4");
   s.Cut(1, 2);
-  EXPECT_EQ((Units{0x03B1, 0x03B4}), UnitsOf(s));
   s.Insert(Wide(u"\u4e00"), 1);
   EXPECT_EQ((Units{0x03B1, 0x4E00, 0x03B4}), UnitsOf(s));
-  s.Expand(5, static_cast<unsigned short>(0x3000));
-  EXPECT_EQ(5, s.Len());
-  EXPECT_EQ(12, s.Size());
-  s.RightTrim();
-  EXPECT_EQ(5, s.Len()) << "the ideographic space is not a blank";
-  EXPECT_EQ(2, s.ReplaceAll(static_cast<unsigned short>(0x3000), static_cast<unsigned short>('.')));
 }
-
-// --- Searching -----------------------------------------------------------------------
 
 TEST_F(StringTest, FindsWithinTheRange) {
   const KaString s("abcabcab");
-  EXPECT_EQ(0, s.Find(KaString("abc")));
   EXPECT_EQ(3, s.Find(KaString("abc"), 1));
   EXPECT_EQ(-1, s.Find(KaString("abc"), 1, 5)) << "must end before the end position";
   EXPECT_EQ(3, s.Find(KaString("abc"), 1, 6));
-  EXPECT_EQ(-1, s.Find(KaString("abd")));
-  EXPECT_EQ(-1, s.Find(KaString("abcabcabc")));
   EXPECT_EQ(2, s.Find(KaString(""), 2));
   EXPECT_EQ(-1, s.Find(KaString("a"), 60000));
-  EXPECT_EQ(2, s.Find('c'));
   EXPECT_EQ(5, s.Find('c', 3));
-  EXPECT_EQ(-1, s.Find('z'));
   EXPECT_EQ(6, s.SubStringPos(KaString("ab"), 4));
-  EXPECT_EQ(-1, KaString().Find(KaString("a")));
-  EXPECT_EQ(-1, KaString().Find('a'));
+  EXPECT_EQ(-1, Wide(u"abcabcab").Find(Wide(u"abc"), 1, 5)) << "the same bounds for 2-byte text";
 }
 
 TEST_F(StringTest, FindsAcrossCodeSets) {
@@ -328,17 +223,13 @@ TEST_F(StringTest, FindsAcrossCodeSets) {
   EXPECT_EQ(2, wide.Find(KaString("\xEF")));
   EXPECT_EQ(9, wide.Find(KaString("\xE9")));
   EXPECT_EQ(9, wide.Find('\xE9'));
-  EXPECT_EQ(6, wide.Find(static_cast<unsigned short>('c')));
   EXPECT_EQ(1, KaString("caf\xE9").Find(Wide(u"af\u00e9")));
 }
-
-// --- Numbers -------------------------------------------------------------------------
 
 struct NumberParseCase {
   const char* text;
   int status;
-  long long decimal;   // Atoll
-  long long prefixed;  // Strtoll
+  long long decimal, prefixed;  // Atoll, Strtoll
 };
 const NumberParseCase kParseCases[] = {
     {"42", 0, 42, 42},
@@ -347,7 +238,6 @@ const NumberParseCase kParseCases[] = {
     {"017", 0, 17, 15},
     {"08", 0, 8, 0},
     {"-", 0, 0, 0},
-    {"x1", -1, 0, 0},
     {" 5", -1, 0, 0},
     {"+5", -1, 0, 0},
     {"", -1, 0, 0},
@@ -369,11 +259,6 @@ TEST_F(StringTest, AtollAndStrtollAgreeWithTheCLibrary) {
       EXPECT_EQ(std::strtoll(c.text, nullptr, 10), a) << "the C library reads the same";
       EXPECT_EQ(std::strtoll(c.text, nullptr, 0), b);
     }
-    // The same digits as 16-bit units parse directly.
-    const std::string t(c.text);
-    long long w = 99;
-    EXPECT_EQ(c.status, Wide(std::u16string(t.begin(), t.end())).Strtoll(w));
-    EXPECT_EQ(c.prefixed, w);
   }
 }
 
@@ -383,48 +268,26 @@ TEST_F(StringTest, ThirtyTwoBitFormsClampLikeALong) {
   EXPECT_EQ(INT_MAX, v);
   EXPECT_EQ(0, KaString("-2147483649").Strtol(v));
   EXPECT_EQ(INT_MIN, v);
-  EXPECT_EQ(0, KaString("0xFFFFFFFF").Strtol(v));
-  EXPECT_EQ(INT_MAX, v);
   EXPECT_EQ(-1, KaString("abc").Atol(v));
   EXPECT_EQ(0, v) << "the result is cleared first";
 }
 
-TEST_F(StringTest, ConversionOperatorsReadLikeTheCLibrary) {
-  EXPECT_EQ(-12, static_cast<int>(KaString("  -12abc")));
-  EXPECT_EQ(SHRT_MAX, static_cast<short>(KaString("99999")));
-  EXPECT_DOUBLE_EQ(2.5e3, static_cast<double>(KaString("2.5e3")));
-  EXPECT_EQ(1LL << 40, static_cast<long long>(Wide(u"1099511627776")));
-  EXPECT_EQ(0, static_cast<int>(KaString()));
-}
-
-// --- Code sets -----------------------------------------------------------------------
-
-TEST_F(StringTest, RelabellingKeepsTheWidthClass) {
+TEST_F(StringTest, CodeSetsRelabelWithinAWidthAndConvertAcrossWidths) {
   KaString s("abc");
   EXPECT_EQ(-2002, s.SetCodeSetCode(253));
   EXPECT_EQ(1, s.CodeSet());
   EXPECT_EQ(0, s.SetCodeSetCode(3));
   EXPECT_EQ(3, s.CodeSet());
-  EXPECT_EQ("abc", Text(s));
-}
-
-TEST_F(StringTest, SetCodeSetConvertsOnlyAcrossWidths) {
-  KaString s = Wide(u"\u00e9t\u00e9");
-  s.SetCodeSet(0);
-  EXPECT_EQ(0, s.CodeSet()) << "the byte stays 0";
-  EXPECT_EQ("\xE9t\xE9", Text(s)) << "converted into the native set";
-  s.SetCodeSet(3);
-  EXPECT_EQ("\xE9t\xE9", Text(s)) << "same width: relabelled only";
-  KaString empty;
-  empty.SetCodeSet(253);
-  EXPECT_EQ(253, empty.CodeSet());
-}
-
-TEST_F(StringTest, MapToCodeSetConvertsEveryCharacter) {
-  KaString s("\xE4\x80");  // ä and € in Windows-1252
-  s.MapToCodeSet(16);      // ISO-8859-5 has neither
-  EXPECT_EQ(16, s.CodeSet());
-  EXPECT_EQ("??", Text(s));
+  KaString w = Wide(u"\u00e9t\u00e9");
+  w.SetCodeSet(0);
+  EXPECT_EQ(0, w.CodeSet()) << "the byte stays 0";
+  EXPECT_EQ("\xE9t\xE9", Text(w)) << "converted into the native set";
+  w.SetCodeSet(3);
+  EXPECT_EQ("\xE9t\xE9", Text(w)) << "same width: relabelled only";
+  KaString m("\xE4\x80");  // ä and € in Windows-1252
+  m.MapToCodeSet(16);      // ISO-8859-5 has neither
+  EXPECT_EQ(16, m.CodeSet());
+  EXPECT_EQ("??", Text(m));
   KaString cyr("\xC0");  // А in Windows-1251
   ASSERT_EQ(0, cyr.SetCodeSetCode(7));
   KaString koi;
@@ -434,42 +297,13 @@ TEST_F(StringTest, MapToCodeSetConvertsEveryCharacter) {
   EXPECT_EQ((Units{'a', 'b', 'c'}), UnitsOf(koi));
 }
 
-// --- Null value, defaults, wildcards -------------------------------------------------------
-
 TEST_F(StringTest, NullValueIsLanguage254) {
   KaString s("x");
   s.SetNullValue();
   EXPECT_TRUE(s.IsNullValue());
   EXPECT_EQ(nullptr, s.StrGet());
   EXPECT_EQ(0, s.CodeSet());
-  KaString orders(static_cast<unsigned char>(254), static_cast<unsigned char>(0));
-  EXPECT_TRUE(orders.IsNullValue());
   EXPECT_FALSE(KaString().IsNullValue()) << "empty is not null";
-  s.Destroy();
-  EXPECT_EQ(254, s.Language()) << "Destroy keeps code set and language";
-}
-
-TEST_F(StringTest, WildcardsDefaultToTheOrdersOfCodeSet1) {
-  EXPECT_EQ(80 + 79, KaString::GetAsterisk());
-  EXPECT_EQ(80 + 42, KaString::GetQuestion());
-  EXPECT_EQ(80 + 80, KaString::GetEscape());
-  EXPECT_EQ(0, KaString::SetQuestion(KaChar('_', 1, 0)));
-  EXPECT_EQ(80 + 32, KaString::GetQuestion());
-  KaString::SetQuestion(KaChar('?', 1, 0));
-}
-
-TEST_F(StringTest, FirstWildcardFetchIsSafeFromTwoThreads) {
-  std::vector<unsigned short> seen(2);
-  std::thread a([&] { seen[0] = KaString::GetEscape(); });
-  std::thread b([&] { seen[1] = KaString::GetEscape(); });
-  a.join();
-  b.join();
-  EXPECT_EQ(seen[0], seen[1]);
-}
-
-TEST_F(StringTest, EmptyStringIsShared) {
-  EXPECT_EQ(&KaString::EmptyString(), &KaString::EmptyString());
-  EXPECT_TRUE(KaString::EmptyString().IsEmpty());
 }
 
 }  // namespace
