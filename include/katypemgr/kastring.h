@@ -18,6 +18,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "kai18n/codeset.h"
 
@@ -216,18 +217,10 @@ class KaString {
     const size_t n = s.size_ != 0 ? s.size_ - 1u : 0;
     if (start > stop || n > stop - start) return -1;
     if (n == 0) return start;
-    // The first unit by memchr, the rest by memcmp.
-    const unsigned char* h = buffer_ + start;
-    size_t left = stop - start;
-    const unsigned char first = s.buffer_[0];
-    while (left >= n) {
-      const auto* p = static_cast<const unsigned char*>(std::memchr(h, first, left - n + 1));
-      if (p == nullptr) return -1;
-      if (std::memcmp(p + 1, s.buffer_ + 1, n - 1) == 0) return static_cast<int>(p - buffer_);
-      left -= static_cast<size_t>(p + 1 - h);
-      h = p + 1;
-    }
-    return -1;
+    const std::string_view hay(reinterpret_cast<const char*>(buffer_), stop);
+    const size_t at =
+        hay.find(std::string_view(reinterpret_cast<const char*>(s.buffer_), n), start);
+    return at == std::string_view::npos ? -1 : static_cast<int>(at);
   }
   int FindByte(unsigned char c, unsigned short start, unsigned short end) const {
     const size_t len = size_ != 0 ? size_ - 1u : 0;
