@@ -611,21 +611,12 @@ KaTypeConvertData* ConvertToStrings(void* values, unsigned int count, size_t ele
   return holder;
 }
 
-// The allocation of the rows' Create, so that their Delete frees the result.
-template <typename T>
-T* NewValues(unsigned int count) {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    if (T* values = new (std::nothrow) T[count]()) return values;
-    if (KaCallMemoryHandler(size_t{count} * sizeof(T)) == 0) break;
-  }
-  return nullptr;
-}
-
 template <typename T>
 void* ConvertFromStrings(KaTypeConvertData* holder, unsigned int count, KaScanFunc scan,
                          const char* format) {
   if (holder == nullptr) return nullptr;
-  T* values = NewValues<T>(count);
+  // The rows' own allocation, so that their Delete frees the result.
+  T* values = ka::NewArray<T>(count);
   if (values == nullptr) return nullptr;
   // GetString takes an int index: ask only for indices the holder has.
   const unsigned int available = holder->count > 0 ? static_cast<unsigned int>(holder->count) : 0;

@@ -28,13 +28,7 @@ bool IsStepMode(unsigned char mode) { return mode == 'M' || mode == 'N' || mode 
 
 // --- String arrays and the holder ------------------------------------------------
 
-KaString* ka::NewStringArray(unsigned int count) {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    if (KaString* array = new (std::nothrow) KaString[count]) return array;
-    if (KaCallMemoryHandler(size_t{count} * sizeof(KaString)) == 0) break;
-  }
-  return nullptr;
-}
+KaString* ka::NewStringArray(unsigned int count) { return NewArray<KaString>(count); }
 
 void ka::DeleteStringArray(KaString* array) { delete[] array; }
 

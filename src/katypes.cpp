@@ -26,11 +26,7 @@ namespace {
 
 template <typename T>
 void* CreateArray(unsigned int count) {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    if (T* array = new (std::nothrow) T[count]()) return array;
-    if (KaCallMemoryHandler(size_t{count} * sizeof(T)) == 0) break;
-  }
-  return nullptr;
+  return ka::NewArray<T>(count);
 }
 
 template <typename T>
@@ -57,15 +53,6 @@ void CopyScalars(void* destination, void* source, unsigned int count, int /*extr
 int NeverNull(void*) { return 0; }
 
 // --- Class rows: construction through the class itself ------------------------------------
-
-template <typename T>
-void* CreateObjects(unsigned int count) {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    if (T* array = new (std::nothrow) T[count]) return array;
-    if (KaCallMemoryHandler(size_t{count} * sizeof(T)) == 0) break;
-  }
-  return nullptr;
-}
 
 template <typename T>
 void ConstructObjects(void* array, unsigned int count, unsigned int /*extra*/) {
@@ -329,7 +316,7 @@ constexpr KaTypeDescriptor ClassRow(const char* name, const char* typeIdName, co
                                     KaIsNullFunc isNull, KaIsNullFunc setNull,
                                     KaNextValueFunc nextValue) {
   KaTypeDescriptor row = NamedRow(name, typeIdName, format, sizeof(T));
-  row.create = CreateObjects<T>;
+  row.create = CreateArray<T>;
   row.del = DeleteArray<T>;
   row.constructor = ConstructObjects<T>;
   row.destructor = DestructObjects<T>;
