@@ -13,7 +13,7 @@
 #include <tuple>
 
 #include "kabase/codec.h"
-#include "katables.h"
+#include "table/tables.h"
 
 namespace {
 

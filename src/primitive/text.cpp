@@ -5,8 +5,6 @@
 // Every format comes from outside (engine code, tool users) and is checked and
 // rewritten here before the C library sees it; the rewritten format names
 // exactly the argument types that this file then passes (see CheckedFormat).
-#include "katypemgr/kaprimtext.h"
-
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -18,6 +16,7 @@
 #include "kabase/assert.h"
 #include "kabase/memory.h"
 #include "katypemgr/kaconvert.h"
+#include "katypemgr/kaprimtext.h"
 #include "katypemgr/kastring.h"
 #include "katypemgr/katypes.h"
 

@@ -1,7 +1,5 @@
 // The Compare slots of the primitive scalar rows: the array walk they share,
 // and how each row reads and orders one element. Knows no table.
-#include "katypemgr/katypcmp.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -10,6 +8,7 @@
 #include <type_traits>
 
 #include "kabase/codec.h"
+#include "katypemgr/katypcmp.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 // EvalAndBound slots of the primitive rows, with the range estimator and the
 // bound filling that the other rows' slots reuse. Knows no table.
-#include "katypemgr/katypevl.h"
-
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
@@ -12,6 +10,7 @@
 #include "kabase/assert.h"
 #include "kabase/codec.h"
 #include "kabase/memory.h"
+#include "katypemgr/katypevl.h"
 
 namespace {
 

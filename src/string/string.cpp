@@ -1,6 +1,4 @@
 // KaString: the text value, its edit routine and its operations.
-#include "katypemgr/kastring.h"
-
 #include <algorithm>
 #include <atomic>
 #include <climits>
@@ -17,6 +15,7 @@
 #include "kabase/memory.h"
 #include "kai18n/codeset.h"
 #include "kai18n/langctx.h"
+#include "katypemgr/kastring.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 // The process-wide values below the families.
 #include "katypemgr/kaprocess.h"
-
 #include "katypemgr/kastring.h"
 
 // Built on first use and never destroyed: families may print from static

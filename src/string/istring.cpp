@@ -1,7 +1,5 @@
 // KaIString and KaCaseIString: the two folding tables, the compare routines that
 // walk them, and the byte operations both classes share.
-#include "katypemgr/kaistring.h"
-
 #include <locale.h>
 #include <stdlib.h>
 
@@ -16,6 +14,7 @@
 #include <string_view>
 
 #include "kabase/memory.h"
+#include "katypemgr/kaistring.h"
 
 namespace {
 

@@ -5,11 +5,11 @@
 
 #include "kabase/memory.h"
 #include "kai18n/langctx.h"
-#include "katables.h"
 #include "katypemgr/kamgr.h"
 #include "katypemgr/kaprimtext.h"
 #include "katypemgr/kaprocess.h"
 #include "katypemgr/kastring.h"
+#include "table/tables.h"
 
 namespace {
 

@@ -1,8 +1,6 @@
 // The order descriptions: an order told as text, as a representative 1-byte
 // character, or as the digit value or symbol index it carries. Reads the
 // order layout and code set 1, nothing else of the collation tables.
-#include "katypemgr/kaorder.h"
-
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -10,6 +8,7 @@
 
 #include "kai18n/codeset.h"
 #include "kai18n/langctx.h"
+#include "katypemgr/kaorder.h"
 #include "katypemgr/kastring.h"
 
 namespace {

@@ -1,11 +1,10 @@
 // Hash slots of the primitive rows. Each slot differs from the others only in
 // how one element becomes a key; the walk over the array is shared.
-#include "katypemgr/katyphash.h"
-
 #include <cstdint>
 #include <type_traits>
 
 #include "kabase/codec.h"
+#include "katypemgr/katyphash.h"
 
 namespace {
 

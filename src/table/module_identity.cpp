@@ -1,9 +1,8 @@
 // The module's identity: version check and self-description.
-#include "katypemgr/kamodule.h"
-
 #include <cstdio>
 
 #include "kabase/version.h"
+#include "katypemgr/kamodule.h"
 
 namespace {
 
