@@ -15,6 +15,26 @@ set(prefix ${KA_WORK_DIR}/prefix)
 file(REMOVE_RECURSE ${KA_WORK_DIR})
 run(${CMAKE_COMMAND} --install ${KA_BINARY_DIR} --prefix ${prefix})
 
+# The installed libraries export exactly the checked-in interface.
+include(${CMAKE_CURRENT_LIST_DIR}/abi_check.cmake)
+
+# Each installed library finds its companions in its own folder: a program
+# without a run path loads it by path, with no LD_LIBRARY_PATH.
+unset(ENV{LD_LIBRARY_PATH})
+file(GLOB_RECURSE installed_lib ${prefix}/*/libkatypemgr.so)
+run(${KA_CXX_COMPILER} ${KA_CXX_FLAGS} ${KA_CONSUMER_DIR}/load_by_path.cpp -ldl
+    -o ${KA_WORK_DIR}/load-by-path)
+run(${KA_WORK_DIR}/load-by-path ${installed_lib})
+find_program(ldd ldd)
+if(ldd)
+  execute_process(COMMAND ${ldd} ${installed_lib} OUTPUT_VARIABLE deps)
+  foreach(companion kai18n kabase)
+    if(NOT deps MATCHES "lib${companion}\\.so[^\n]*=> ${prefix}/")
+      message(FATAL_ERROR "ldd does not find lib${companion} beside libkatypemgr.so:\n${deps}")
+    endif()
+  endforeach()
+endif()
+
 # CMake package, with the version the engine asks for.
 list(JOIN KA_CXX_FLAGS " " flags)
 run(${CMAKE_COMMAND} -S ${KA_CONSUMER_DIR} -B ${KA_WORK_DIR}/cmake-build -G ${KA_GENERATOR}

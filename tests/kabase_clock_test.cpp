@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "clock_split.h"
 #include "kabase/clock.h"
 
 namespace {

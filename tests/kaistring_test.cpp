@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "kai18n/codeset.h"
+#include "string/folding.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 
 #include "kai18n/codeset.h"
 #include "katypemgr/kastring.h"
+#include "string/order_fields.h"
 
 namespace {
 

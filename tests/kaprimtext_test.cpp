@@ -20,6 +20,7 @@
 #include "kabase/assert.h"
 #include "kastring_test_util.h"
 #include "katypemgr/kaconvert.h"
+#include "katypemgr/kamgr.h"
 #include "katypemgr/kastring.h"
 #include "katypemgr/katypes.h"
 
@@ -281,7 +282,7 @@ TEST_F(PrimTextTest, RandomFloatingValuesRoundTrip) {
 
 // Holders made by the slots carry no manager: their strings are released here.
 void ReleaseHolder(KaTypeConvertData* holder) {
-  ka::DeleteStringArray(static_cast<KaString*>(holder->data));
+  KaTypeMgr().Delete(KaSTRING_T, holder->data, static_cast<unsigned int>(holder->count));
   holder->data = nullptr;
   delete holder;
 }

@@ -4,6 +4,8 @@
 #include <climits>
 #include <ctime>
 
+#include "clock_split.h"
+
 namespace {
 
 bool ReadClock(timespec& now) { return clock_gettime(CLOCK_REALTIME, &now) == 0; }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "kabase/memory.h"
+#include "reserve.h"
 
 MemFile::MemFile(const void* data, size_t size) {
   if (data != nullptr && size > 0 && ka::detail::Reserve(bytes_, size)) {

@@ -28,6 +28,8 @@
 
 #include <cstring>
 
+#include "katypemgr/kaexport.h"
+
 // --- Folding comparison --------------------------------------------------------------
 
 // Compare `s1` with `s2` through the folding of KaIString, resp. KaCaseIString.
@@ -48,25 +50,10 @@
 // 0xDF equals "ss" and "ssx" alike. With the same flags on both sides the
 // order is antisymmetric, but it is not transitive at such ends.
 // No allocation; safe to call from several threads.
-int KaIStringCmp(const char* s1, const char* s2, unsigned short maxLength, unsigned short flags1,
-                 unsigned short flags2);
-int KaCaseIStringCmp(const char* s1, const char* s2, unsigned short maxLength,
-                     unsigned short flags1, unsigned short flags2);
-
-namespace ka {
-
-// The place of one byte in a sort alphabet: its sort byte and an extra. An
-// extra of 0 is none, 1..8 a diacritic weight, 9 or more a second sort byte
-// (the byte expands into two, as a ligature does).
-struct FoldedByte {
-  unsigned char sort;
-  unsigned char extra;
-};
-
-FoldedByte FoldIStringByte(unsigned char c);
-FoldedByte FoldCaseIStringByte(unsigned char c);
-
-}  // namespace ka
+KATYPEMGR_API int KaIStringCmp(const char* s1, const char* s2, unsigned short maxLength,
+                               unsigned short flags1, unsigned short flags2);
+KATYPEMGR_API int KaCaseIStringCmp(const char* s1, const char* s2, unsigned short maxLength,
+                                   unsigned short flags1, unsigned short flags2);
 
 // --- The two classes ------------------------------------------------------------------
 
@@ -78,7 +65,7 @@ using FoldedCompare = int (*)(const char*, const char*, unsigned short, unsigned
 // Everything KaIString and KaCaseIString share; `Derived` is the class itself,
 // `kCompare` its compare routine. Instantiated for the two classes only.
 template <class Derived, FoldedCompare kCompare>
-class FoldedString {
+class KATYPEMGR_API FoldedString {
  public:
   // The longest text, in bytes before the terminator.
   static constexpr unsigned short kMaxLength = 65534;
@@ -203,7 +190,7 @@ class FoldedString {
 
 // Sorts lower case just before upper case ("a" < "A" < "b") and ignores
 // diacritics (0xE9 equals "e").
-class KaIString : public ka::detail::FoldedString<KaIString, KaIStringCmp> {
+class KATYPEMGR_API KaIString : public ka::detail::FoldedString<KaIString, KaIStringCmp> {
  public:
   using FoldedString::FoldedString;
   KaIString& operator=(const char* text) { return Assign(text); }
@@ -211,7 +198,8 @@ class KaIString : public ka::detail::FoldedString<KaIString, KaIStringCmp> {
 
 // Ignores case ("Abc" equals "aBC"); with kWeighDiacritics in the flags of the
 // left-hand side, a letter with a diacritic sorts after the plain letter.
-class KaCaseIString : public ka::detail::FoldedString<KaCaseIString, KaCaseIStringCmp> {
+class KATYPEMGR_API KaCaseIString
+    : public ka::detail::FoldedString<KaCaseIString, KaCaseIStringCmp> {
  public:
   using FoldedString::FoldedString;
   KaCaseIString& operator=(const char* text) { return Assign(text); }

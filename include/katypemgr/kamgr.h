@@ -12,6 +12,7 @@
 #define KATYPEMGR_KAMGR_H_
 
 #include "katypemgr/kaconvert.h"
+#include "katypemgr/kaexport.h"
 #include "katypemgr/kaprocess.h"
 #include "katypemgr/katypes.h"
 
@@ -30,7 +31,7 @@ struct KaTimeStampRecord {
   uint32_t fraction;  // nanoseconds, added to the seconds as fraction / 1e9
 };
 
-class KaTypeMgr {
+class KATYPEMGR_API KaTypeMgr {
  public:
   // Version 5: the current table.
   KaTypeMgr();
@@ -137,11 +138,11 @@ class KaTypeMgr {
 
 // The process-wide default manager; a non-null argument replaces it. Answers
 // the default before the call.
-KaTypeMgr* DefaultTypeMgr(KaTypeMgr* replacement);
+KATYPEMGR_API KaTypeMgr* DefaultTypeMgr(KaTypeMgr* replacement);
 
 // Start (non-zero) or end (0) of the library's use: forwards to the
 // internationalisation library, then makes a new default manager (version 5)
 // or deletes the current one.
-void ___KaTypemgrContext(int start);
+KATYPEMGR_API void ___KaTypemgrContext(int start);
 
 #endif  // KATYPEMGR_KAMGR_H_

@@ -10,6 +10,7 @@
 #define KATYPEMGR_KAORDER_H_
 
 #include "kai18n/order.h"
+#include "katypemgr/kaexport.h"
 
 class KaString;
 
@@ -32,7 +33,8 @@ class KaString;
 //                                      above 14), " with extension" when the
 //                                      extension field is non-zero
 // Should the description fail to allocate, `text` reads "unknown".
-int KaConvertOrderToString(unsigned short order, unsigned char language, KaString& text);
+KATYPEMGR_API int KaConvertOrderToString(unsigned short order, unsigned char language,
+                                         KaString& text);
 
 // Sets `ch` to a character of code set 1 that stands for `order` and answers
 // 0. 7 means there is none: Han orders, ideographic languages, spaces and
@@ -46,26 +48,18 @@ int KaConvertOrderToString(unsigned short order, unsigned char language, KaStrin
 // ("LATIN SMALL LETTER E WITH ACUTE"), static text, or null for a byte
 // without a name: the controls (7 among them) and the bytes code set 1 leaves
 // undefined.
-int KaConvertOrderToChar(unsigned short order, unsigned char language, unsigned char& ch,
-                         int searchAccented, const char** name);
+KATYPEMGR_API int KaConvertOrderToChar(unsigned short order, unsigned char language,
+                                       unsigned char& ch, int searchAccented, const char** name);
 
 // For a digit order (16128 .. 16383): stores the digit value (bit 0 cleared,
 // then (order - 16128) / 10) and the expand flag (bit 0) and answers 0.
 // Answers -2002 for any other order and leaves both outputs untouched.
-int KaExtractDigitFromOrder(unsigned short order, unsigned short& value, unsigned short& expand);
+KATYPEMGR_API int KaExtractDigitFromOrder(unsigned short order, unsigned short& value,
+                                          unsigned short& expand);
 
 // For a symbol order (80 .. 16127): stores the symbol index order - 80 and
 // answers 0. Answers -2002 for any other order (spaces too, whose index would
 // wrap below zero) and leaves `index` untouched.
-int KaExtractSymbolFromOrder(unsigned short order, unsigned short& index);
-
-namespace ka::detail {
-
-// The four fields of a letter order. Answers -2002, `fields` untouched, for an
-// order with bit 15 set; otherwise 0 and the fields, without checking that the
-// order is a letter's.
-int SplitLetterOrder(unsigned short order, KaLetterFields& fields);
-
-}  // namespace ka::detail
+KATYPEMGR_API int KaExtractSymbolFromOrder(unsigned short order, unsigned short& index);
 
 #endif  // KATYPEMGR_KAORDER_H_

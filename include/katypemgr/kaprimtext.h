@@ -70,60 +70,81 @@
 #ifndef KATYPEMGR_KAPRIMTEXT_H_
 #define KATYPEMGR_KAPRIMTEXT_H_
 
+#include "katypemgr/kaexport.h"
+
 class KaString;
 class KaTypeConvertData;
 
 // --- PrintToString ---------------------------------------------------------------
-KaString& CharPrintToKaString(KaString& out, void* values, const char* format,
-                              unsigned int count);  // o_char, o_u1b
-KaString& ShortPrintToKaString(KaString& out, void* values, const char* format,
-                               unsigned int count);  // o_2b, o_u2b
-KaString& LongPrintToKaString(KaString& out, void* values, const char* format,
-                              unsigned int count);  // o_4b, o_u4b, BlockId
-KaString& IntPrintToKaString(KaString& out, void* values, const char* format,
-                             unsigned int count);  // int, unsigned, enum
-KaString& FloatPrintToKaString(KaString& out, void* values, const char* format,
-                               unsigned int count);  // o_float
-KaString& DoublePrintToKaString(KaString& out, void* values, const char* format,
-                                unsigned int count);  // o_double
-KaString& O_8BPrintToKaString(KaString& out, void* values, const char* format,
-                              unsigned int count);  // o_8b, o_u8b
+KATYPEMGR_API KaString& CharPrintToKaString(KaString& out, void* values, const char* format,
+                                            unsigned int count);  // o_char, o_u1b
+KATYPEMGR_API KaString& ShortPrintToKaString(KaString& out, void* values, const char* format,
+                                             unsigned int count);  // o_2b, o_u2b
+KATYPEMGR_API KaString& LongPrintToKaString(KaString& out, void* values, const char* format,
+                                            unsigned int count);  // o_4b, o_u4b, BlockId
+KATYPEMGR_API KaString& IntPrintToKaString(KaString& out, void* values, const char* format,
+                                           unsigned int count);  // int, unsigned, enum
+KATYPEMGR_API KaString& FloatPrintToKaString(KaString& out, void* values, const char* format,
+                                             unsigned int count);  // o_float
+KATYPEMGR_API KaString& DoublePrintToKaString(KaString& out, void* values, const char* format,
+                                              unsigned int count);  // o_double
+KATYPEMGR_API KaString& O_8BPrintToKaString(KaString& out, void* values, const char* format,
+                                            unsigned int count);  // o_8b, o_u8b
 
 // --- ScanFromString --------------------------------------------------------------
-void* CharScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
-void* ShortScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
-void* LongScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
-void* IntScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
-void* FloatScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
-void* DoubleScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
-void* O_8BScanFromKaString(void* values, KaString& text, const char* format, unsigned int count);
+KATYPEMGR_API void* CharScanFromKaString(void* values, KaString& text, const char* format,
+                                         unsigned int count);
+KATYPEMGR_API void* ShortScanFromKaString(void* values, KaString& text, const char* format,
+                                          unsigned int count);
+KATYPEMGR_API void* LongScanFromKaString(void* values, KaString& text, const char* format,
+                                         unsigned int count);
+KATYPEMGR_API void* IntScanFromKaString(void* values, KaString& text, const char* format,
+                                        unsigned int count);
+KATYPEMGR_API void* FloatScanFromKaString(void* values, KaString& text, const char* format,
+                                          unsigned int count);
+KATYPEMGR_API void* DoubleScanFromKaString(void* values, KaString& text, const char* format,
+                                           unsigned int count);
+KATYPEMGR_API void* O_8BScanFromKaString(void* values, KaString& text, const char* format,
+                                         unsigned int count);
 
 // --- ConvertTo: values to a holder of strings -----------------------------------------
-KaTypeConvertData* CharConvertToKaString(void* values, unsigned int count);      // o_char "%c"
-KaTypeConvertData* O_U1BConvertToKaString(void* values, unsigned int count);     // o_u1b "%c"
-KaTypeConvertData* ShortConvertToKaString(void* values, unsigned int count);     // o_2b "%hd"
-KaTypeConvertData* WordConvertToKaString(void* values, unsigned int count);      // o_u2b "%hu"
-KaTypeConvertData* LongConvertToKaString(void* values, unsigned int count);      // o_4b "%ld"
-KaTypeConvertData* DwordConvertToKaString(void* values, unsigned int count);     // o_u4b "%lu"
-KaTypeConvertData* IntConvertToKaString(void* values, unsigned int count);       // int "%d"
-KaTypeConvertData* UnsignedConvertToKaString(void* values, unsigned int count);  // "%u"
-KaTypeConvertData* FloatConvertToKaString(void* values, unsigned int count);     // "%.17g"
-KaTypeConvertData* DoubleConvertToKaString(void* values, unsigned int count);    // "%.17g"
-KaTypeConvertData* O_8BConvertToKaString(void* values, unsigned int count);      // "%I64d"
-KaTypeConvertData* O_U8BConvertToKaString(void* values, unsigned int count);     // "%I64u"
+KATYPEMGR_API KaTypeConvertData* CharConvertToKaString(void* values,
+                                                       unsigned int count);  // o_char "%c"
+KATYPEMGR_API KaTypeConvertData* O_U1BConvertToKaString(void* values,
+                                                        unsigned int count);  // o_u1b "%c"
+KATYPEMGR_API KaTypeConvertData* ShortConvertToKaString(void* values,
+                                                        unsigned int count);  // o_2b "%hd"
+KATYPEMGR_API KaTypeConvertData* WordConvertToKaString(void* values,
+                                                       unsigned int count);  // o_u2b "%hu"
+KATYPEMGR_API KaTypeConvertData* LongConvertToKaString(void* values,
+                                                       unsigned int count);  // o_4b "%ld"
+KATYPEMGR_API KaTypeConvertData* DwordConvertToKaString(void* values,
+                                                        unsigned int count);  // o_u4b "%lu"
+KATYPEMGR_API KaTypeConvertData* IntConvertToKaString(void* values,
+                                                      unsigned int count);  // int "%d"
+KATYPEMGR_API KaTypeConvertData* UnsignedConvertToKaString(void* values,
+                                                           unsigned int count);  // "%u"
+KATYPEMGR_API KaTypeConvertData* FloatConvertToKaString(void* values,
+                                                        unsigned int count);  // "%.17g"
+KATYPEMGR_API KaTypeConvertData* DoubleConvertToKaString(void* values,
+                                                         unsigned int count);  // "%.17g"
+KATYPEMGR_API KaTypeConvertData* O_8BConvertToKaString(void* values,
+                                                       unsigned int count);  // "%I64d"
+KATYPEMGR_API KaTypeConvertData* O_U8BConvertToKaString(void* values,
+                                                        unsigned int count);  // "%I64u"
 
 // --- ConvertFrom: a holder of strings to a new value array -------------------------------
-void* CharConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* O_U1BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* ShortConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* WordConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* LongConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* DwordConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* IntConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* UnsignedConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* FloatConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* DoubleConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* O_8BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
-void* O_U8BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* CharConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* O_U1BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* ShortConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* WordConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* LongConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* DwordConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* IntConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* UnsignedConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* FloatConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* DoubleConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* O_8BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
+KATYPEMGR_API void* O_U8BConvertFromKaString(KaTypeConvertData* strings, unsigned int count);
 
 #endif  // KATYPEMGR_KAPRIMTEXT_H_

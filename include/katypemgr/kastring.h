@@ -21,12 +21,13 @@
 #include <string_view>
 
 #include "kai18n/codeset.h"
+#include "katypemgr/kaexport.h"
 
 class KaChar;
 class KaCharOperation;
 class KaStringIterator;
 
-class KaString {
+class KATYPEMGR_API KaString {
  public:
   // The largest buffer, in bytes, terminator included.
   static constexpr unsigned short kMaxSize = 65532;
@@ -242,11 +243,11 @@ class KaString {
 };
 static_assert(sizeof(KaString) == 16, "the string row's memory length");
 
-KaString operator+(const KaString& a, const KaString& b);
+KATYPEMGR_API KaString operator+(const KaString& a, const KaString& b);
 
 // One character of a code set and language: inline, or pointing into a
 // string's buffer (then read through the byte-order flag for 2-byte units).
-class KaChar {
+class KATYPEMGR_API KaChar {
  public:
   KaChar() = default;
   KaChar(KaString& s, int position);
@@ -293,19 +294,21 @@ class KaChar {
 };
 
 // A character operation applied along an iterator (KaString::Transform).
-class KaCharOperation {
+class KATYPEMGR_API KaCharOperation {
  public:
-  virtual ~KaCharOperation() = default;
+  // Defined in the library, so that the class's vtable and type information
+  // are emitted there once, in every build.
+  virtual ~KaCharOperation();
   // The transformed character of `c`, which stands at `it`.
   virtual KaChar Apply(const KaChar& c, KaStringIterator& it) = 0;
 };
 
-class KaCharToUpper : public KaCharOperation {
+class KATYPEMGR_API KaCharToUpper : public KaCharOperation {
  public:
   KaChar Apply(const KaChar& c, KaStringIterator& it) override { return c.ToUpper(&it); }
 };
 
-class KaCharToLower : public KaCharOperation {
+class KATYPEMGR_API KaCharToLower : public KaCharOperation {
  public:
   KaChar Apply(const KaChar& c, KaStringIterator& it) override { return c.ToLower(&it); }
 };
@@ -319,7 +322,7 @@ class KaCharToLower : public KaCharOperation {
 // list without moving in the buffer; the step that finishes the list moves
 // past the replaced character. GetNextOrder delivers an order expansion the
 // same way, after the character's first order.
-class KaStringIterator {
+class KATYPEMGR_API KaStringIterator {
  public:
   KaStringIterator() = default;
   explicit KaStringIterator(const KaString& s);

@@ -60,31 +60,44 @@
 #ifndef KATYPEMGR_KATYPCMP_H_
 #define KATYPEMGR_KATYPCMP_H_
 
+#include "katypemgr/kaexport.h"
 #include "katypemgr/katypes.h"
 
-int CharCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                void* values2, unsigned short option, unsigned int count, int& error);
-int ByteCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                void* values2, unsigned short option, unsigned int count, int& error);
-int ShortCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                 void* values2, unsigned short option, unsigned int count, int& error);
-int WordCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                void* values2, unsigned short option, unsigned int count, int& error);
-int LongCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                void* values2, unsigned short option, unsigned int count, int& error);
-int DwordCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                 void* values2, unsigned short option, unsigned int count, int& error);
-int IntCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-               void* values2, unsigned short option, unsigned int count, int& error);
-int UnsignedCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                    void* values2, unsigned short option, unsigned int count, int& error);
-int O_8BCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                void* values2, unsigned short option, unsigned int count, int& error);
-int O_U8BCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                 void* values2, unsigned short option, unsigned int count, int& error);
-int FloatCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                 void* values2, unsigned short option, unsigned int count, int& error);
-int DoubleCompare(unsigned char format, unsigned int length1, void* values1, unsigned int length2,
-                  void* values2, unsigned short option, unsigned int count, int& error);
+KATYPEMGR_API int CharCompare(unsigned char format, unsigned int length1, void* values1,
+                              unsigned int length2, void* values2, unsigned short option,
+                              unsigned int count, int& error);
+KATYPEMGR_API int ByteCompare(unsigned char format, unsigned int length1, void* values1,
+                              unsigned int length2, void* values2, unsigned short option,
+                              unsigned int count, int& error);
+KATYPEMGR_API int ShortCompare(unsigned char format, unsigned int length1, void* values1,
+                               unsigned int length2, void* values2, unsigned short option,
+                               unsigned int count, int& error);
+KATYPEMGR_API int WordCompare(unsigned char format, unsigned int length1, void* values1,
+                              unsigned int length2, void* values2, unsigned short option,
+                              unsigned int count, int& error);
+KATYPEMGR_API int LongCompare(unsigned char format, unsigned int length1, void* values1,
+                              unsigned int length2, void* values2, unsigned short option,
+                              unsigned int count, int& error);
+KATYPEMGR_API int DwordCompare(unsigned char format, unsigned int length1, void* values1,
+                               unsigned int length2, void* values2, unsigned short option,
+                               unsigned int count, int& error);
+KATYPEMGR_API int IntCompare(unsigned char format, unsigned int length1, void* values1,
+                             unsigned int length2, void* values2, unsigned short option,
+                             unsigned int count, int& error);
+KATYPEMGR_API int UnsignedCompare(unsigned char format, unsigned int length1, void* values1,
+                                  unsigned int length2, void* values2, unsigned short option,
+                                  unsigned int count, int& error);
+KATYPEMGR_API int O_8BCompare(unsigned char format, unsigned int length1, void* values1,
+                              unsigned int length2, void* values2, unsigned short option,
+                              unsigned int count, int& error);
+KATYPEMGR_API int O_U8BCompare(unsigned char format, unsigned int length1, void* values1,
+                               unsigned int length2, void* values2, unsigned short option,
+                               unsigned int count, int& error);
+KATYPEMGR_API int FloatCompare(unsigned char format, unsigned int length1, void* values1,
+                               unsigned int length2, void* values2, unsigned short option,
+                               unsigned int count, int& error);
+KATYPEMGR_API int DoubleCompare(unsigned char format, unsigned int length1, void* values1,
+                                unsigned int length2, void* values2, unsigned short option,
+                                unsigned int count, int& error);
 
 #endif  // KATYPEMGR_KATYPCMP_H_

@@ -41,62 +41,29 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "katypemgr/kaexport.h"
 #include "katypemgr/katypes.h"
 
 // The multiplier that scrambles the folded keys once per array.
 inline constexpr unsigned int kKaHashMultiplier = 1103515245u;  // 0x41C64E6D
 
-namespace ka::detail {
-
-// True when `format` names the memory form for a numeric row (nibble 8 or 1).
-constexpr bool IsMemoryForm(unsigned char format) {
-  const unsigned nibble = format & 0x0Fu;
-  return nibble == 8 || nibble == 1;
-}
-
-// The walk every fixed-width Hash slot shares: `keyOf(element, format)` turns
-// the `elementSize` bytes at `element` into a 32-bit key; the keys are folded
-// and scrambled under the contract above (status, buffer end, count 0).
-template <typename KeyOf>
-unsigned int HashFixedArray(unsigned char format, unsigned int bufferLength, const void* values,
-                            unsigned int count, int& status, size_t elementSize, KeyOf keyOf) {
-  status = 0;
-  if (count == 0) return 0;
-  // 64-bit arithmetic: count times the element size may exceed 32 bits.
-  const uint64_t end = bufferLength != 0 ? bufferLength : uint64_t{count} * elementSize;
-  const auto* bytes = static_cast<const unsigned char*>(values);
-  uint32_t folded = 0;
-  uint64_t offset = 0;
-  for (unsigned int i = 0; i < count; ++i, offset += elementSize) {
-    // An element cut by the buffer end is not read: it counts as not there.
-    if (bytes == nullptr || offset + elementSize > end) {
-      status = kKaArrayBoundExceeded;
-      break;
-    }
-    folded ^= static_cast<uint32_t>(keyOf(bytes + offset, format));
-  }
-  return folded * kKaHashMultiplier;
-}
-
-}  // namespace ka::detail
-
-unsigned int CharHash(unsigned char format, unsigned int bufferLength, void* values,
-                      unsigned int count, int& status);
-unsigned int ByteHash(unsigned char format, unsigned int bufferLength, void* values,
-                      unsigned int count, int& status);
-unsigned int ShortHash(unsigned char format, unsigned int bufferLength, void* values,
-                       unsigned int count, int& status);
-unsigned int WordHash(unsigned char format, unsigned int bufferLength, void* values,
-                      unsigned int count, int& status);
-unsigned int LongHash(unsigned char format, unsigned int bufferLength, void* values,
-                      unsigned int count, int& status);
-unsigned int FloatHash(unsigned char format, unsigned int bufferLength, void* values,
-                       unsigned int count, int& status);
-unsigned int IntHash(unsigned char format, unsigned int bufferLength, void* values,
-                     unsigned int count, int& status);
-unsigned int DoubleHash(unsigned char format, unsigned int bufferLength, void* values,
-                        unsigned int count, int& status);
-unsigned int O_8BHash(unsigned char format, unsigned int bufferLength, void* values,
-                      unsigned int count, int& status);
+KATYPEMGR_API unsigned int CharHash(unsigned char format, unsigned int bufferLength, void* values,
+                                    unsigned int count, int& status);
+KATYPEMGR_API unsigned int ByteHash(unsigned char format, unsigned int bufferLength, void* values,
+                                    unsigned int count, int& status);
+KATYPEMGR_API unsigned int ShortHash(unsigned char format, unsigned int bufferLength, void* values,
+                                     unsigned int count, int& status);
+KATYPEMGR_API unsigned int WordHash(unsigned char format, unsigned int bufferLength, void* values,
+                                    unsigned int count, int& status);
+KATYPEMGR_API unsigned int LongHash(unsigned char format, unsigned int bufferLength, void* values,
+                                    unsigned int count, int& status);
+KATYPEMGR_API unsigned int FloatHash(unsigned char format, unsigned int bufferLength, void* values,
+                                     unsigned int count, int& status);
+KATYPEMGR_API unsigned int IntHash(unsigned char format, unsigned int bufferLength, void* values,
+                                   unsigned int count, int& status);
+KATYPEMGR_API unsigned int DoubleHash(unsigned char format, unsigned int bufferLength, void* values,
+                                      unsigned int count, int& status);
+KATYPEMGR_API unsigned int O_8BHash(unsigned char format, unsigned int bufferLength, void* values,
+                                    unsigned int count, int& status);
 
 #endif  // KATYPEMGR_KATYPHASH_H_

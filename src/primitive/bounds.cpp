@@ -11,6 +11,7 @@
 #include "kabase/codec.h"
 #include "kabase/memory.h"
 #include "katypemgr/katypevl.h"
+#include "primitive/bound_estimate.h"
 
 namespace {
 

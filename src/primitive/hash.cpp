@@ -5,6 +5,7 @@
 
 #include "kabase/codec.h"
 #include "katypemgr/katyphash.h"
+#include "primitive/hash_walk.h"
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "katypemgr/kaconvert.h"
 #include "katypemgr/kastring.h"
 #include "katypemgr/katypes.h"
+#include "table/arrays.h"
 
 namespace ka::detail {
 

@@ -19,6 +19,7 @@
 #include "katypemgr/kaprimtext.h"
 #include "katypemgr/kastring.h"
 #include "katypemgr/katypes.h"
+#include "table/arrays.h"
 
 namespace {
 

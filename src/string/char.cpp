@@ -312,3 +312,5 @@ unsigned int KaStringIterator::Transform(KaStringIterator& out, KaCharOperation&
   }
   return written;
 }
+
+KaCharOperation::~KaCharOperation() = default;

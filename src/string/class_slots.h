@@ -8,6 +8,7 @@
 
 #include "katypemgr/kaconvert.h"
 #include "katypemgr/kastring.h"
+#include "table/arrays.h"
 
 namespace ka::detail {
 

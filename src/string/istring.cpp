@@ -15,6 +15,7 @@
 
 #include "kabase/memory.h"
 #include "katypemgr/kaistring.h"
+#include "string/folding.h"
 
 namespace {
 

@@ -10,6 +10,7 @@
 #include "kai18n/langctx.h"
 #include "katypemgr/kaorder.h"
 #include "katypemgr/kastring.h"
+#include "string/order_fields.h"
 
 namespace {
 

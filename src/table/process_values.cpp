@@ -1,4 +1,6 @@
 // The process-wide values below the families.
+#include "table/process_values.h"
+
 #include "katypemgr/kaprocess.h"
 #include "katypemgr/kastring.h"
 

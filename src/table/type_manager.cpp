@@ -9,6 +9,8 @@
 #include "katypemgr/kaprimtext.h"
 #include "katypemgr/kaprocess.h"
 #include "katypemgr/kastring.h"
+#include "table/arrays.h"
+#include "table/process_values.h"
 #include "table/tables.h"
 
 namespace {

@@ -10,13 +10,15 @@
 #ifndef KABASE_ASSERT_H_
 #define KABASE_ASSERT_H_
 
+#include "kabase/export.h"
+
 using KaAssertReceiver = void (*)(const char* text, const char* source, int line);
 
 // Reports `text` from `source`, `line`. Null texts are reported as "(null)".
-void KAMO_assert(const char* text, const char* source, int line);
+KABASE_API void KAMO_assert(const char* text, const char* source, int line);
 
 // Installs `receiver` (null restores the standard-error report) and answers the
 // previous one.
-KaAssertReceiver KaSetAssertReceiver(KaAssertReceiver receiver);
+KABASE_API KaAssertReceiver KaSetAssertReceiver(KaAssertReceiver receiver);
 
 #endif  // KABASE_ASSERT_H_

@@ -11,6 +11,8 @@
 
 #include <cstdint>
 
+#include "kabase/export.h"
+
 struct bdate {
   int16_t year;   // Gregorian year, e.g. 2026
   uint8_t month;  // 1..12
@@ -31,26 +33,17 @@ static_assert(sizeof(btime) == 8);
 inline constexpr int kKaUnknownTimeZone = -2171;
 
 // Local date.
-int bksgetdate(bdate* date);
+KABASE_API int bksgetdate(bdate* date);
 // Local time with the local zone offset (seconds) in `zone`.
-int bksgettime(btime* time);
+KABASE_API int bksgettime(btime* time);
 // UTC time and date (zone 0). Either pointer may be null.
-int bksgetsystemtime(btime* time, bdate* date);
+KABASE_API int bksgetsystemtime(btime* time, bdate* date);
 // The local zone's current offset from UTC in minutes (local = UTC + offset),
 // or kKaUnknownTimeZone.
-int bksgettimezone();
+KABASE_API int bksgettimezone();
 // Local date and time and the nanoseconds within the current second.
-int bksGetHiresTime(bdate& date, btime& time, int& nanoseconds);
+KABASE_API int bksGetHiresTime(bdate& date, btime& time, int& nanoseconds);
 // The same in UTC.
-int bksGetHiresTimeUTC(bdate& date, btime& time, int& nanoseconds);
-
-namespace ka::detail {
-
-// Splits `seconds` since 1970-01-01 00:00:00 UTC into the records, as local
-// time (`local`) or UTC. False, and zeroed records, when the system cannot
-// convert the instant or its year does not fit in 16 bits.
-bool SplitClock(long long seconds, bool local, bdate& date, btime& time);
-
-}  // namespace ka::detail
+KABASE_API int bksGetHiresTimeUTC(bdate& date, btime& time, int& nanoseconds);
 
 #endif  // KABASE_CLOCK_H_

@@ -30,6 +30,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "kabase/export.h"
+
 namespace ka {
 
 enum class ByteOrder : unsigned char { kMemory, kBig, kLittle };
@@ -92,55 +94,55 @@ inline constexpr unsigned int kKaO8BStoredSize = 8;
 // Byte-order conversions, each its own inverse. Elements: char (1 byte),
 // short (2), 32-bit integer (4), float (4), double (8), 64-bit integer (8).
 // Floating-point values move as bit patterns, so every NaN payload survives.
-unsigned int CharStore(void* destination, const void* source, unsigned char format,
-                       unsigned int count);
-unsigned int ShortStore(void* destination, const void* source, unsigned char format,
-                        unsigned int count);
-unsigned int LongStore(void* destination, const void* source, unsigned char format,
-                       unsigned int count);
-unsigned int FloatStore(void* destination, const void* source, unsigned char format,
-                        unsigned int count);
-unsigned int DoubleStore(void* destination, const void* source, unsigned char format,
-                         unsigned int count);
-unsigned int O_8BStore(void* destination, const void* source, unsigned char format,
-                       unsigned int count);
+KABASE_API unsigned int CharStore(void* destination, const void* source, unsigned char format,
+                                  unsigned int count);
+KABASE_API unsigned int ShortStore(void* destination, const void* source, unsigned char format,
+                                   unsigned int count);
+KABASE_API unsigned int LongStore(void* destination, const void* source, unsigned char format,
+                                  unsigned int count);
+KABASE_API unsigned int FloatStore(void* destination, const void* source, unsigned char format,
+                                   unsigned int count);
+KABASE_API unsigned int DoubleStore(void* destination, const void* source, unsigned char format,
+                                    unsigned int count);
+KABASE_API unsigned int O_8BStore(void* destination, const void* source, unsigned char format,
+                                  unsigned int count);
 
 // `int` arrays: Store writes memory-form ints as 4-byte stored integers, Load
 // reads them back. `unsigned` likewise.
-unsigned int IntStore(void* destination, const void* source, unsigned char format,
-                      unsigned int count);
-unsigned int IntLoad(void* destination, const void* source, unsigned char format,
-                     unsigned int count);
-unsigned int UnsignedStore(void* destination, const void* source, unsigned char format,
-                           unsigned int count);
-unsigned int UnsignedLoad(void* destination, const void* source, unsigned char format,
-                          unsigned int count);
+KABASE_API unsigned int IntStore(void* destination, const void* source, unsigned char format,
+                                 unsigned int count);
+KABASE_API unsigned int IntLoad(void* destination, const void* source, unsigned char format,
+                                unsigned int count);
+KABASE_API unsigned int UnsignedStore(void* destination, const void* source, unsigned char format,
+                                      unsigned int count);
+KABASE_API unsigned int UnsignedLoad(void* destination, const void* source, unsigned char format,
+                                     unsigned int count);
 
 // Stored size of `count` null elements; 0 when it does not fit in 32 bits.
-unsigned int CharNullSizeGet(unsigned int count);
-unsigned int ShortNullSizeGet(unsigned int count);
-unsigned int LongNullSizeGet(unsigned int count);
-unsigned int IntNullSizeGet(unsigned int count);
-unsigned int FloatNullSizeGet(unsigned int count);
-unsigned int DoubleNullSizeGet(unsigned int count);
-unsigned int O_8BNullSizeGet(unsigned int count);
+KABASE_API unsigned int CharNullSizeGet(unsigned int count);
+KABASE_API unsigned int ShortNullSizeGet(unsigned int count);
+KABASE_API unsigned int LongNullSizeGet(unsigned int count);
+KABASE_API unsigned int IntNullSizeGet(unsigned int count);
+KABASE_API unsigned int FloatNullSizeGet(unsigned int count);
+KABASE_API unsigned int DoubleNullSizeGet(unsigned int count);
+KABASE_API unsigned int O_8BNullSizeGet(unsigned int count);
 
 // Stored size of `count` elements. `data` may be null and `kind` is not used:
 // a fixed-width element has the same size in every form.
-unsigned int CharSizeGet(const void* data, unsigned char kind, unsigned char format,
-                         unsigned int count);
-unsigned int ShortSizeGet(const void* data, unsigned char kind, unsigned char format,
-                          unsigned int count);
-unsigned int LongSizeGet(const void* data, unsigned char kind, unsigned char format,
-                         unsigned int count);
-unsigned int IntSizeGet(const void* data, unsigned char kind, unsigned char format,
-                        unsigned int count);
-unsigned int FloatSizeGet(const void* data, unsigned char kind, unsigned char format,
-                          unsigned int count);
-unsigned int DoubleSizeGet(const void* data, unsigned char kind, unsigned char format,
-                           unsigned int count);
-unsigned int O_8BSizeGet(const void* data, unsigned char kind, unsigned char format,
-                         unsigned int count);
+KABASE_API unsigned int CharSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                    unsigned int count);
+KABASE_API unsigned int ShortSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                     unsigned int count);
+KABASE_API unsigned int LongSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                    unsigned int count);
+KABASE_API unsigned int IntSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                   unsigned int count);
+KABASE_API unsigned int FloatSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                     unsigned int count);
+KABASE_API unsigned int DoubleSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                      unsigned int count);
+KABASE_API unsigned int O_8BSizeGet(const void* data, unsigned char kind, unsigned char format,
+                                    unsigned int count);
 
 // One stored element at `source` into memory form at `destination`, in the
 // byte order of `format`'s low nibble; answers the bytes consumed. Inline: the

@@ -24,7 +24,9 @@
 #include <string_view>
 #include <vector>
 
-class KaConfig {
+#include "kabase/export.h"
+
+class KABASE_API KaConfig {
  public:
   // What one Parse or LoadFile call did.
   struct ParseResult {
@@ -80,6 +82,6 @@ class KaConfig {
 
 // The process-wide configuration object. Created, and filled from KA_CONFIG,
 // on first use; lives for the whole process.
-KaConfig& DefaultConfig();
+KABASE_API KaConfig& DefaultConfig();
 
 #endif  // KABASE_CONFIG_H_

@@ -10,7 +10,9 @@
 #include <cstddef>
 #include <vector>
 
-class MemFile {
+#include "kabase/export.h"
+
+class KABASE_API MemFile {
  public:
   MemFile() = default;
   // A file holding a copy of `size` bytes at `data` (null is allowed with size 0),

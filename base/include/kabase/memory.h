@@ -14,41 +14,20 @@
 #include <stdexcept>
 #include <vector>
 
+#include "kabase/export.h"
+
 using KaMemoryHandler = int (*)(size_t size);
 
 // Calls the installed handler with the size that could not be allocated and
 // answers what it answers.
-int KaCallMemoryHandler(size_t size);
+KABASE_API int KaCallMemoryHandler(size_t size);
 
 // Installs `handler` (null restores the default) and answers the previous one.
 // Safe to call while other threads allocate.
-KaMemoryHandler KaSetMemoryHandler(KaMemoryHandler handler);
+KABASE_API KaMemoryHandler KaSetMemoryHandler(KaMemoryHandler handler);
 
 // malloc that goes through the handler on failure: one retry when the handler
 // answers non-zero. Null when memory stays short. Release with std::free.
-void* KaMalloc(size_t size);
-
-namespace ka::detail {
-
-// Reserves room for `n` elements in `v`; on failure calls the handler (one
-// retry when it released memory) and answers false. Keeps std::bad_alloc
-// inside the library.
-template <typename T>
-bool Reserve(std::vector<T>& v, size_t n) {
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    try {
-      v.reserve(n);
-      return true;
-    } catch (const std::bad_alloc&) {
-      if (KaCallMemoryHandler(n * sizeof(T)) == 0) return false;
-    } catch (const std::length_error&) {
-      KaCallMemoryHandler(n * sizeof(T));
-      return false;
-    }
-  }
-  return false;
-}
-
-}  // namespace ka::detail
+KABASE_API void* KaMalloc(size_t size);
 
 #endif  // KABASE_MEMORY_H_

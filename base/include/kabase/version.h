@@ -15,6 +15,8 @@
 #ifndef KABASE_VERSION_H_
 #define KABASE_VERSION_H_
 
+#include "kabase/export.h"
+
 inline constexpr int KA_VERSION_REPORT = 1;
 inline constexpr int KA_VERSION_SAME_RELEASE = 2;
 inline constexpr int KA_VERSION_SAME_BUILD = 4;
@@ -26,10 +28,10 @@ inline constexpr int KA_VERSION_MINOR_DIFFERS = -2;
 inline constexpr int KA_VERSION_BUILD_DIFFERS = -3;
 
 // KA_VERSION_COMPATIBLE, or the first check that failed.
-int CheckKaVersionNumber(int major, int minor, int a, int b, int c, int flags);
+KABASE_API int CheckKaVersionNumber(int major, int minor, int a, int b, int c, int flags);
 
 // The engine's own numbers as this library was built with them; `numbers`
 // receives five ints.
-void KaGetEngineVersion(int numbers[5]);
+KABASE_API void KaGetEngineVersion(int numbers[5]);
 
 #endif  // KABASE_VERSION_H_

@@ -13,6 +13,7 @@
 #ifndef KAI18N_CODESET_H_
 #define KAI18N_CODESET_H_
 
+#include "kai18n/export.h"
 #include "kai18n/order.h"
 
 // Characters that one character expands into: the further orders of an order
@@ -44,7 +45,7 @@ struct KaUnicodeProps {
   const KaCaseExpansion* caseExpansion = nullptr;
 };
 
-class KaCodeSet {
+class KAI18N_API KaCodeSet {
  public:
   enum class Kind : unsigned char { kByte, kUnicode, kOrders };
 
@@ -117,6 +118,6 @@ class KaCodeSet {
 };
 
 // Properties of a Unicode character (code set 253), for code that has one.
-KaUnicodeProps KaGetUnicodeProps(unsigned short character);
+KAI18N_API KaUnicodeProps KaGetUnicodeProps(unsigned short character);
 
 #endif  // KAI18N_CODESET_H_

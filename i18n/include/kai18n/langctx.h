@@ -15,7 +15,9 @@
 #ifndef KAI18N_LANGCTX_H_
 #define KAI18N_LANGCTX_H_
 
-class KaLanguageContext {
+#include "kai18n/export.h"
+
+class KAI18N_API KaLanguageContext {
  public:
   static unsigned char GetDefaultCodeSet();
   static unsigned char GetDefault8BitCodeSet();
@@ -54,6 +56,6 @@ class KaLanguageContext {
 // Start (non-zero) or end (0) of the library's use by a module. Starting
 // needs nothing (the tables are constant data) and leaves the defaults as they
 // are; ending resets them to their initial values. Answers 0.
-int ___KaI18NContext(int start);
+KAI18N_API int ___KaI18NContext(int start);
 
 #endif  // KAI18N_LANGCTX_H_
