@@ -21,13 +21,24 @@
 //     memory images (host order, as the row's Store slot leaves them with
 //     format 8), 2 big-endian images, any other nibble little-endian ones.
 //     The one-byte rows read the raw byte in every format.
-//   - Result: Estimate(flags, x, x, min, max, 1) / (max - min + 1), where x,
-//     min and max are the first elements of the value and of the two range
-//     keys, decoded as the row's type; see RangeFraction for the corner
-//     cases. 0 when the range is unknown, the value is null or `count` is 0.
-//   - `bounds`, when not null, is filled by FillBounds with a copy of the
-//     value's bytes as given (same format), `count` times the row's stored
-//     element size long. A null value or a `count` of 0 sets no bound.
+//   - Result: the share of the keys in [min, max] that satisfy the
+//     comparison with x (keys above x for greater, below x for less, x itself
+//     when inside for equal, summed for combined operators), that is
+//     count / (max - min + 1), where x, min and max are the first elements of
+//     the value and of the two range keys, decoded as the row's type. 0 when
+//     the range is unknown, its highest key lies below its lowest, the value
+//     is null or `count` is 0. Never infinity or NaN: a non-finite count or
+//     range size (NaN or infinite keys) counts as the largest double, so an
+//     unbounded comparison against an unbounded range gives 1, and a quotient
+//     beyond the float range answers the largest float.
+//   - `bounds`, when not null, receives a copy of the value's bytes as given
+//     (same format), `count` times the row's stored element size long, in a
+//     malloc'd key that the caller owns: an unset lower bound unless `flags`
+//     has kKaOpLess, an unset upper bound unless it has kKaOpGreater (equal
+//     sets both, not-equal neither). A bound already set is kept, so the
+//     first comparison that sets a bound wins. A null value or a `count` of
+//     0 sets no bound; when memory is short KaCallMemoryHandler is called and
+//     the bound stays unset.
 // Rows: Char o_char, Byte o_u1b, Short o_2b, Word o_u2b, Long o_4b, Dword
 // o_u4b and BlockId, Int int and enum, Unsigned unsigned, Float o_float,
 // Double o_double, O_8B o_8b, O_U8B o_u8b.
