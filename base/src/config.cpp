@@ -1,7 +1,13 @@
 // KaConfig: an in-memory section/key store and its text format.
 #include "kabase/config.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -73,24 +79,50 @@ void Report(std::vector<std::string>* problems, std::string_view origin, unsigne
   }
 }
 
-// The whole content of a regular file; false when it cannot be opened or read.
-bool ReadWholeFile(const char* path, std::string& content) {
-  if (path == nullptr) return false;
-  std::FILE* f = std::fopen(path, "rb");
-  if (f == nullptr) return false;
-  bool ok = true;
+// Largest configuration file read. Far above any real configuration; it keeps
+// a wrong path (a log, a core file) from filling memory.
+constexpr size_t kMaxFileSize = size_t{1} << 20;
+
+// Reads the whole content of a regular file of at most kMaxFileSize bytes.
+// Answers null, or why the file was refused. The descriptor is opened without
+// blocking and checked itself (not the path before opening it), so a FIFO
+// without a writer or a device can neither stall the first DefaultConfig() nor
+// be swapped in between a check and the open.
+const char* ReadWholeFile(const char* path, std::string& content) {
+  if (path == nullptr) return "cannot be read";
+  const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (fd < 0) return "cannot be read";
+  const char* problem = nullptr;
+  struct stat info;
+  if (::fstat(fd, &info) != 0) {
+    problem = "cannot be read";
+  } else if (!S_ISREG(info.st_mode)) {
+    problem = "is not a regular file";
+  } else if (info.st_size < 0 || static_cast<uint64_t>(info.st_size) > kMaxFileSize) {
+    problem = "is larger than 1 MiB";
+  }
+  // The size may change while reading (or be 0 for generated files): the
+  // limit holds for what is read, not for what fstat said.
   char chunk[4096];
   try {
-    size_t n;
-    while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) content.append(chunk, n);
+    if (problem == nullptr) content.reserve(static_cast<size_t>(info.st_size));
+    while (problem == nullptr) {
+      const ssize_t n = ::read(fd, chunk, sizeof chunk);
+      if (n == 0) break;
+      if (n < 0) {
+        if (errno != EINTR) problem = "cannot be read";
+      } else if (content.size() + static_cast<size_t>(n) > kMaxFileSize) {
+        problem = "is larger than 1 MiB";
+      } else {
+        content.append(chunk, static_cast<size_t>(n));
+      }
+    }
   } catch (const std::bad_alloc&) {
     KaCallMemoryHandler(content.size() + sizeof chunk);
-    ok = false;
+    problem = "out of memory";
   }
-  // A directory opens but fails to read: that is an error, not an empty file.
-  if (std::ferror(f)) ok = false;
-  std::fclose(f);
-  return ok;
+  ::close(fd);
+  return problem;
 }
 
 // One line of configuration text, classified.
@@ -261,8 +293,8 @@ KaConfig::ParseResult KaConfig::Parse(std::string_view text, std::string_view or
 KaConfig::ParseResult KaConfig::LoadFile(const char* path, std::vector<std::string>* problems) {
   const std::string_view name = path != nullptr ? path : "(null)";
   std::string content;
-  if (!ReadWholeFile(path, content)) {
-    Report(problems, name, 0, "cannot be read");
+  if (const char* problem = ReadWholeFile(path, content)) {
+    Report(problems, name, 0, problem);
     return ParseResult{0, 1};
   }
   return Parse(content, name, problems);

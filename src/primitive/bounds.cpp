@@ -4,6 +4,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <type_traits>
 
@@ -151,8 +152,23 @@ bool SetBoundKey(unsigned char*& key, unsigned char& length, const void* image, 
 
 void FillBounds(KaIdxBounds* bounds, unsigned short flags, const void* image, size_t size) {
   if (bounds == nullptr) return;
-  if ((flags & kKaOpLess) == 0) SetBoundKey(bounds->lower, bounds->lowerLength, image, size);
-  if ((flags & kKaOpGreater) == 0) SetBoundKey(bounds->upper, bounds->upperLength, image, size);
+  const bool wantLower = (flags & kKaOpLess) == 0 && bounds->lower == nullptr;
+  const bool wantUpper = (flags & kKaOpGreater) == 0 && bounds->upper == nullptr;
+  const bool lowerSet = wantLower && SetBoundKey(bounds->lower, bounds->lowerLength, image, size);
+  const bool upperSet = wantUpper && SetBoundKey(bounds->upper, bounds->upperLength, image, size);
+  if (lowerSet == wantLower && upperSet == wantUpper) return;
+  // One key could not be made (memory ran out): take back the other, so the
+  // record is left as it was, never half filled.
+  if (lowerSet) {
+    std::free(bounds->lower);
+    bounds->lower = nullptr;
+    bounds->lowerLength = 0;
+  }
+  if (upperSet) {
+    std::free(bounds->upper);
+    bounds->upper = nullptr;
+    bounds->upperLength = 0;
+  }
 }
 
 }  // namespace ka::detail

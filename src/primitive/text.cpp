@@ -650,7 +650,12 @@ KaString& CharPrintToKaString(KaString& out, void* values, const char* format, u
     } else {
       n = PrintUnsigned(piece, sizeof piece, f, byte);
     }
-    if (n > 0) text << piece;
+    if (n > 0) {
+      const unsigned short before = text.Len();
+      text << piece;
+      // Nothing appended: memory ran out, and `out` keeps its old text.
+      if (text.Len() == before) return out;
+    }
   }
   out = std::move(text);
   return out;

@@ -257,7 +257,11 @@ void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsign
   const bool appending = mode == kSetFrom && !truncated && buffer_ != nullptr && p == oldLen * w &&
                          (from + (sourcePosition * w + run) <= own || from >= own + oldSize);
   if (appending) {
-    if (auto* grown = static_cast<unsigned char*>(std::realloc(buffer_, newSize))) {
+    auto* grown = static_cast<unsigned char*>(std::realloc(buffer_, newSize));
+    // A failed realloc keeps the old buffer; the handler hears of it like any
+    // other failed allocation, and may free memory for the copy below.
+    if (grown == nullptr && KaCallMemoryHandler(newSize) == 0) return;
+    if (grown != nullptr) {
       buffer_ = grown;
       for (unsigned r = 0; r < repeat && run > 0; ++r) {
         std::memcpy(grown + p + r * run, src + sourcePosition * w, run);
@@ -413,11 +417,11 @@ KaString::~KaString() { std::free(buffer_); }
 
 KaString& KaString::operator=(const KaString& other) {
   if (this == &other) return *this;
-  Destroy();
-  codeSet_ = other.codeSet_;
-  EditUnits(other.buffer_, other.codeSet_, 0, 0, other.Len(), 1, kSetFrom);
-  language_ = other.language_;
-  return *this;
+  // Copied before the old text goes: when memory is short this string stays
+  // as it was instead of ending up empty.
+  KaString copy(other);
+  if (copy.Len() != other.Len()) return *this;
+  return *this = std::move(copy);
 }
 
 KaString& KaString::operator=(KaString&& other) noexcept {
@@ -432,20 +436,18 @@ KaString& KaString::operator=(KaString&& other) noexcept {
   return *this;
 }
 
+// Both build the new text first (see the copy assignment); empty when a
+// non-empty text could not be copied.
 KaString& KaString::operator=(const char* text) {
-  Destroy();
-  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
-              KaLanguageContext::GetDefaultLanguage());
-  return *this;
+  KaString copy(text);
+  if (copy.IsEmpty() && text != nullptr && *text != '\0') return *this;
+  return *this = std::move(copy);
 }
 
 KaString& KaString::operator=(const unsigned short* text) {
-  Destroy();
-  codeSet_ = KaLanguageContext::GetDefault16BitCodeSet();
-  language_ = KaLanguageContext::GetDefaultLanguage();
-  EditUnits(text, codeSet_, 0, 0, static_cast<unsigned short>(UnitLength(text, 2, kToEnd)), 1,
-            kSetFrom);
-  return *this;
+  KaString copy(text);
+  if (copy.IsEmpty() && text != nullptr && *text != 0) return *this;
+  return *this = std::move(copy);
 }
 
 // --- Reading ---------------------------------------------------------------------
@@ -506,6 +508,10 @@ KaString& KaString::operator<<(const unsigned short* text) {
 KaString operator+(const KaString& a, const KaString& b) {
   KaString joined(a);
   joined << b;
+  // When memory ran short the result is empty, never a piece of the two.
+  if (joined.Len() != a.Len() + b.Len() && joined.Size() != KaString::kMaxSize) {
+    return KaString(a.CodeSet(), a.Language());
+  }
   return joined;
 }
 
@@ -551,6 +557,11 @@ int KaString::ReplaceAll(const KaString& from, const KaString& to, unsigned shor
   const unsigned short nlen = needle.Len();
   const unsigned short rlen = replacement.Len();
   if (nlen == 0) return 0;
+  // Mapping keeps the number of units: a shorter one ran out of memory, and
+  // would delete what it should replace.
+  if (rlen != std::min(to.Len(), static_cast<unsigned short>(kMaxSize / UnitWidth() - 1))) {
+    return 0;
+  }
 
   // Counted first, so the new text is built in one buffer of the right size.
   int found = 0;
@@ -607,7 +618,17 @@ int KaString::ReplaceAll(unsigned short from, unsigned short to, unsigned short 
   return replaced;
 }
 
-KaString& KaString::Trim() { return RightTrim().LeftTrim(); }
+// One edit for both ends, so that a failed allocation cannot leave one end
+// trimmed.
+KaString& KaString::Trim() {
+  const unsigned short len = Len();
+  unsigned short keep = len;
+  while (keep > 0 && IsBlank(UnitAt(keep - 1))) --keep;
+  unsigned short k = 0;
+  while (k < keep && IsBlank(UnitAt(k))) ++k;
+  if (k > 0 || keep < len) EditUnits(buffer_, codeSet_, 0, k, keep - k, 1, kSetFrom);
+  return *this;
+}
 
 KaString& KaString::LeftTrim() {
   const unsigned short len = Len();
@@ -773,6 +794,7 @@ void KaString::SetCodeSet(unsigned char codeSet) {
   if (buffer_ != nullptr && Width(codeSet) != UnitWidth()) {
     KaString converted(codeSet, language_);
     converted.EditUnits(buffer_, Resolved(codeSet_), 0, 0, Len(), 1, kSetFrom);
+    if (converted.buffer_ == nullptr) return;  // out of memory: the string stays as it was
     Adopt(converted.buffer_, converted.size_);
     converted.buffer_ = nullptr;
   }
@@ -795,6 +817,7 @@ void KaString::CopyMapped(const KaString& source, unsigned char codeSet, unsigne
       mapped.EditUnits(units.Units(), codeSet, 0, 0, static_cast<unsigned short>(units.Count()), 1,
                        kSetFrom);
     }
+    if (mapped.buffer_ == nullptr) return;  // out of memory: this string stays as it was
   }
   *this = std::move(mapped);
 }

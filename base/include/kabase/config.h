@@ -11,7 +11,9 @@
 // is the one the lookups without a section read. Section and key names are
 // compared without regard to ASCII case; a later definition of a key replaces
 // an earlier one. A line that is none of the above is reported with its file
-// name and line number and skipped; the rest of the file still counts.
+// name and line number and skipped; the rest of the file still counts. Only a
+// regular file of at most 1 MiB is read: anything else (a FIFO, a device, a
+// directory, a larger file) is reported the same way and read as empty.
 //
 // The object is safe to read from several threads while another sets values.
 #ifndef KABASE_CONFIG_H_
@@ -59,7 +61,9 @@ class KABASE_API KaConfig {
   // is described in `problems` when given, else on standard error.
   ParseResult Parse(std::string_view text, std::string_view origin,
                     std::vector<std::string>* problems = nullptr);
-  // Reads a file; an unreadable file is one rejected item.
+  // Reads a regular file of at most 1 MiB without blocking on it; a file that
+  // cannot be read, is not a regular file or is larger is one rejected item
+  // and nothing of it is stored.
   ParseResult LoadFile(const char* path, std::vector<std::string>* problems = nullptr);
   // Reads the file named by KA_CONFIG; nothing when the variable is unset or empty.
   ParseResult LoadFromEnvironment(std::vector<std::string>* problems = nullptr);
