@@ -53,10 +53,23 @@ class KaTypeMgr {
                                      unsigned int count);
   int DiskIsNullValue(signed char id, void* stored);  // always -2999
 
+  // The row's Compare slot (0 for a row without one). Inline: index searches
+  // and sorts call this once per key, and a call into the library before the
+  // call through the row would cost about as much as comparing the key.
   int Cmp(signed char id, unsigned int length1, void* values1, unsigned int length2, void* values2,
-          unsigned short option, unsigned int count, unsigned char format, int& error);
+          unsigned short option, unsigned int count, unsigned char format, int& error) {
+    const KaCompareFunc compare = Row(id).compare;
+    if (compare == nullptr) return 0;
+    return compare(format, length1, values1, length2, values2, option, count, error);
+  }
+  // Both lengths 0 (`count` elements each); the error word is dropped.
   int Cmp(signed char id, void* values1, void* values2, unsigned short option, unsigned int count,
-          unsigned char format);
+          unsigned char format) {
+    const KaCompareFunc compare = Row(id).compare;
+    if (compare == nullptr) return 0;
+    int error = 0;
+    return compare(format, 0, values1, 0, values2, option, count, error);
+  }
   KaCompareFunc CmpFuncPtrGet(signed char id);
   int (*ComparePtrGet(signed char id))(void*, void*);  // always null
 
@@ -129,7 +142,12 @@ class KaTypeMgr {
   void* ConvertFromKaStringOld(KaString* text, signed char id, unsigned int count);
 
  private:
-  KaTypeDescriptor& Row(signed char id) const;
+  // The row of an identifier, folded; identifiers that are no types (47..99,
+  // negative ones) get the "illegal" row rather than an index past the table.
+  KaTypeDescriptor& Row(signed char id) const {
+    const int row = KaFoldTypeId(id);
+    return *table_[row >= 0 && row < kKaTypeCount ? row : KaRES_T];
+  }
 
   KaTypeDescriptor* const* table_;
   unsigned short version_;

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int kIllegalRow = KaRES_T;
-
 KaTypeMgr*& DefaultManager() {
   static KaTypeMgr* manager = nullptr;
   return manager;
@@ -85,12 +83,6 @@ void KaTypeMgr::SetFactory(unsigned int version) {
 
 bool KaTypeMgr::UsesOldTable() const { return table_ == ka::detail::OldTable(); }
 
-KaTypeDescriptor& KaTypeMgr::Row(signed char id) const {
-  int row = KaFoldTypeId(id);
-  if (row < 0 || row >= kKaTypeCount) row = kIllegalRow;
-  return *table_[row];
-}
-
 // --- Forwarding ------------------------------------------------------------------
 
 void* KaTypeMgr::Create(signed char id, unsigned int count) {
@@ -128,20 +120,6 @@ unsigned int KaTypeMgr::DiskLenGetFromMemFile(signed char id, MemFile* file, uns
 }
 
 int KaTypeMgr::DiskIsNullValue(signed char, void*) { return kKaNotSupported; }
-
-int KaTypeMgr::Cmp(signed char id, unsigned int length1, void* values1, unsigned int length2,
-                   void* values2, unsigned short option, unsigned int count, unsigned char format,
-                   int& error) {
-  const KaTypeDescriptor& row = Row(id);
-  if (row.compare == nullptr) return 0;
-  return row.compare(format, length1, values1, length2, values2, option, count, error);
-}
-
-int KaTypeMgr::Cmp(signed char id, void* values1, void* values2, unsigned short option,
-                   unsigned int count, unsigned char format) {
-  int error = 0;
-  return Cmp(id, 0, values1, 0, values2, option, count, format, error);
-}
 
 KaCompareFunc KaTypeMgr::CmpFuncPtrGet(signed char id) { return Row(id).compare; }
 
