@@ -22,6 +22,14 @@ unsigned int MemoryLength(const KaTypeDescriptor& row) { return row.sizeWord & 0
 
 bool IsStepMode(unsigned char mode) { return mode == 'M' || mode == 'N' || mode == 'O'; }
 
+// Units that `out` can still take before the string's limit (the terminator
+// counts, also for a string that has no buffer yet).
+unsigned int RoomLeft(const KaString& out) {
+  const unsigned int w = out.UnitWidth();
+  const unsigned int used = out.Size() != 0 ? out.Size() : w;
+  return used < KaString::kMaxSize ? (KaString::kMaxSize - used) / w : 0;
+}
+
 }  // namespace
 
 // --- String arrays and the holder ------------------------------------------------
@@ -336,16 +344,26 @@ KaString& KaTypeMgr::PrintToKaString(signed char id, KaString& out, void* values
   const KaTypeDescriptor& row = Row(id);
   if (row.printToString == nullptr) return out;
   if (format == nullptr) format = row.printFormat;
-  // The character rows print a whole array as one text.
-  if (count < 2 || row.printToString == CharPrintToKaString) {
+  // The character rows print a whole array as one text; no values are the
+  // slot's to answer (the output stays as it was).
+  if (count < 2 || values == nullptr || row.printToString == CharPrintToKaString) {
     return row.printToString(out, values, format, count);
   }
+  // The string cuts an append that passes its limit, and reports the cut;
+  // after that nothing more fits, so the walk stops at the first cut append
+  // rather than printing the rest of a long array into a full string.
   const unsigned int length = MemoryLength(row);
   for (unsigned int i = 0; i < count; ++i) {
+    if (i > 0) {
+      const bool full = RoomLeft(out) == 0;
+      out << ',';
+      if (full) break;
+    }
     KaString element;
     row.printToString(element, static_cast<unsigned char*>(values) + size_t{i} * length, format, 1);
+    const bool cut = element.Len() > RoomLeft(out);
     out << element;
-    if (i + 1 < count) out << ',';
+    if (cut) break;
   }
   return out;
 }
