@@ -53,9 +53,10 @@ class KaTypeMgr {
                                      unsigned int count);
   int DiskIsNullValue(signed char id, void* stored);  // always -2999
 
-  // The row's Compare slot (0 for a row without one). Inline: index searches
-  // and sorts call this once per key, and a call into the library before the
-  // call through the row would cost about as much as comparing the key.
+  // The row's Compare slot (0 for a row without one, `error` untouched); the
+  // scalar rows' contract is in katypcmp.h. Inline: index searches and sorts
+  // call this once per key, and a call into the library before the call
+  // through the row would cost about as much as comparing the key.
   int Cmp(signed char id, unsigned int length1, void* values1, unsigned int length2, void* values2,
           unsigned short option, unsigned int count, unsigned char format, int& error) {
     const KaCompareFunc compare = Row(id).compare;
@@ -93,6 +94,9 @@ class KaTypeMgr {
   unsigned int Translate(signed char id, void* destination, unsigned char destinationFormat,
                          unsigned int destinationLength, void* source, unsigned char sourceFormat,
                          unsigned int sourceLength, unsigned int count);
+  // The row's IsNull: 0 for a type without a null value. The string row
+  // takes a null `value` as no value, which is null (and SetNullValue then
+  // has nothing to set).
   int IsNullValue(signed char id, void* value);
   // The row's SetNull; a type without a null value is reset to what an empty
   // text converts to, or scanned from "0".
@@ -119,6 +123,12 @@ class KaTypeMgr {
   char* NameGet(signed char id, char* buffer);
   char* TypeIdNameGet(signed char id, char* buffer);
 
+  // The values' text, in `format` or the row's default. One value, and the
+  // one-byte rows' whole arrays, are the slot's: it replaces `out`. Longer
+  // arrays are printed element by element and appended to `out`, separated
+  // by ","; the text stops where `out` reaches the string's limit (the cut is
+  // the string's, reported once as it reports any cut). No values (null)
+  // leave `out` as it was.
   KaString& PrintToKaString(signed char id, KaString& out, void* values, const char* format,
                             unsigned int count);
   void* ScanFromKaString(signed char id, void* values, KaString& text, const char* format,
