@@ -320,15 +320,16 @@ class PrintLimit : public TypeMgr {
 // string cuts one long append, and reported once; the printing stops there.
 TEST_F(PrintLimit, ArrayTextStopsAtTheStringLimitWithOneReport) {
   std::vector<int> values(30000);
-  std::string all;
+  std::string all = "[";  // what the output holds before
   for (size_t i = 0; i < values.size(); ++i) {
     values[i] = static_cast<int>(i * 7919) - 100000;
-    all += (i > 0 ? "," : "") + std::to_string(values[i]);
+    if (i > 0) all.push_back(',');
+    all.append(std::to_string(values[i]));
   }
   KaString out("[");
   m.PrintToKaString(KaINT_T, out, values.data(), nullptr, static_cast<unsigned>(values.size()));
   EXPECT_EQ(KaString::kMaxSize, out.Size());
-  EXPECT_EQ(("[" + all).substr(0, KaString::kMaxSize - 1), Text(out));
+  EXPECT_EQ(all.substr(0, KaString::kMaxSize - 1), Text(out));
   EXPECT_EQ(1, reports) << "one cut, one report";
 
   // A 2-byte output holds half as many units; an element that ends exactly at
@@ -343,7 +344,9 @@ TEST_F(PrintLimit, ArrayTextStopsAtTheStringLimitWithOneReport) {
   const std::string room1(KaString::kMaxSize - 2, 'x');  // one unit before the limit
   KaString exact(room1.c_str());
   int32_t two[] = {7, 8};
-  EXPECT_EQ(room1 + "7", Text(m.PrintToKaString(Ka4B_T, exact, two, nullptr, 2)));
+  std::string expected = room1;
+  expected.push_back('7');
+  EXPECT_EQ(expected, Text(m.PrintToKaString(Ka4B_T, exact, two, nullptr, 2)));
   EXPECT_EQ(1, reports) << "the cut separator is reported";
 }
 
