@@ -135,6 +135,7 @@ const WalkCase kWalkCases[] = {
     {{1, 2, 3}, {1, 2, 9}, 12, 12, 2, {0, 0}, "elements past count are not compared"},
     {{1, 2, 3}, {1, 2}, 0, 8, 3, {0, kBound}, "length 0 on one side, the other ends"},
     {{1, 2}, {1, 3}, 8, 7, 2, {0, kBound}, "a part of the last element is never read"},
+    {{1, 2, 3}, {1, 2, 4}, 10, 10, 3, {0, kBound}, "2.5 elements each: the half is not compared"},
     {{3}, {4}, 4, 2, 1, {0, kBound}, "no whole element on one side: no result"},
 };
 
@@ -152,6 +153,21 @@ TEST(ScalarCompare, WalkChecksBoundsAfterEveryPair) {
       Bytes second = encode(c.second, c.length2);
       EXPECT_EQ(c.expected, Call(LongCompare, format, c.length1, first, c.length2, second, c.count))
           << "format " << int{format};
+    }
+  }
+}
+
+// A null array holds no element: with pairs asked for it is an array too
+// short (0 and 2101, as the hash answers), whatever length comes with it.
+TEST(ScalarCompare, NullArraysEndBeforeTheFirstPair) {
+  for (const Member& m : Members()) {
+    SCOPED_TRACE(m.name);
+    for (unsigned char format : {8, 2}) {
+      Bytes none, one = Encode(m, {m.pool[1]}, format, m.stride);
+      EXPECT_EQ((Outcome{0, kBound}), Call(m.compare, format, 0, none, 0, none, 3));
+      EXPECT_EQ((Outcome{0, kBound}), Call(m.compare, format, 0, none, m.stride, one, 1));
+      EXPECT_EQ((Outcome{0, kBound}), Call(m.compare, format, m.stride, one, 8, none, 1));
+      EXPECT_EQ((Outcome{0, 0}), Call(m.compare, format, 0, none, 0, none, 0)) << "count 0";
     }
   }
 }

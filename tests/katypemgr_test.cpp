@@ -11,8 +11,11 @@
 #include <memory>
 #include <string>
 #include <tuple>
+#include <vector>
 
+#include "kabase/assert.h"
 #include "kabase/codec.h"
+#include "kabase/config.h"
 #include "table/tables.h"
 
 namespace {
@@ -147,6 +150,47 @@ TEST_F(TypeMgr, PrimitiveRowsUseTheBaseCodecsAndHostSizes) {
   EXPECT_EQ(1, m.IsFixed(KaDOUBLE_T));
 }
 
+// Rows of one width and signedness family share their functions. What a
+// pair does not share besides: Create, Delete, EvalAndBound, Hash, the
+// conversions, stepping, and where a flag is false, that slot too.
+struct SharedCase {
+  signed char a, b;
+  bool storedForms, translate, compare;
+  const char* why;
+};
+constexpr SharedCase kSharedCases[] = {
+    {Ka1B_T, KaU1B_T, true, true, false, "the 1-byte functions"},
+    {Ka2B_T, KaU2B_T, true, true, false, "the 2-byte functions"},
+    {Ka4B_T, KaU4B_T, true, true, false, "the 4-byte functions"},
+    {Ka8B_T, KaU8B_T, true, true, false, "the 8-byte functions"},
+    {KaINT_T, KaUNSIGNED_T, false, false, false, "the int functions; each its stored form"},
+    {KaINT_T, KaENUM_T, true, false, true, "int itself, but for translation and stepping"},
+    {KaU4B_T, KaBLOCKID_T, true, true, true, "o_u4b itself, but for names and format"},
+};
+
+TEST_F(TypeMgr, RowsOfOneFamilyShareTheirFunctions) {
+  for (const SharedCase& c : kSharedCases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(m.ConstructorPtrGet(c.a), m.ConstructorPtrGet(c.b));
+    EXPECT_EQ(m.DestructorPtrGet(c.a), m.DestructorPtrGet(c.b));
+    EXPECT_EQ(m.AssignmentPtrGet(c.a), m.AssignmentPtrGet(c.b));
+    EXPECT_EQ(m.CopyPtrGet(c.a), m.CopyPtrGet(c.b));
+    EXPECT_EQ(m.IsNullPtrGet(c.a), m.IsNullPtrGet(c.b));
+    EXPECT_EQ(m.ExchangePrintToKaStringFunc(c.a, nullptr),
+              m.ExchangePrintToKaStringFunc(c.b, nullptr));
+    EXPECT_EQ(m.ExchangeScanFromKaStringFunc(c.a, nullptr),
+              m.ExchangeScanFromKaStringFunc(c.b, nullptr));
+    EXPECT_EQ(Row(c.a).sizeGetFromMemFile, Row(c.b).sizeGetFromMemFile);
+    EXPECT_EQ(Row(c.a).nullSizeGet, Row(c.b).nullSizeGet);
+    EXPECT_EQ(Row(c.a).sizeGet, Row(c.b).sizeGet);
+    EXPECT_EQ(c.storedForms, m.StorePtrGet(c.a) == m.StorePtrGet(c.b));
+    EXPECT_EQ(c.storedForms, m.LoadPtrGet(c.a) == m.LoadPtrGet(c.b));
+    EXPECT_EQ(c.translate, Row(c.a).translate == Row(c.b).translate);
+    EXPECT_EQ(c.compare, m.CmpFuncPtrGet(c.a) == m.CmpFuncPtrGet(c.b));
+    EXPECT_NE(Row(c.a).name, Row(c.b).name);
+  }
+}
+
 // An integer row holds a T: its memory length is sizeof(T), mode 2 (reached
 // only through the slot) sets the smallest T, and nothing steps past the largest.
 template <typename T>
@@ -214,6 +258,11 @@ TEST_F(TypeMgr, NullValuesAndTheirText) {
   KaString s("x");
   EXPECT_EQ(0, m.SetNullValue(KaSTRING_T, &s));
   EXPECT_EQ(1, m.IsNullValue(KaSTRING_T, &s));
+  // No value at all reads as the null value, and there is nothing to set.
+  EXPECT_EQ(1, m.IsNullValue(KaSTRING_T, nullptr));
+  EXPECT_EQ(0, m.SetNullValue(KaSTRING_T, nullptr));
+  EXPECT_EQ(0, m.IsNullValue(KaINT_T, nullptr)) << "a type without a null value";
+  EXPECT_EQ(0, m.SetNullValue(KaINT_T, nullptr));
   EXPECT_EQ(0, m.IsNullValue(KaINT_T, &v));
   EXPECT_EQ("{NULL}", Text(KaTypeMgr::GetNullPrintString()));
   KaTypeMgr::SetNullPrintString(KaString("<null>"));
@@ -236,6 +285,69 @@ TEST_F(TypeMgr, PrintsArraysWithSeparators) {
       << "a row without a print slot";
   EXPECT_EQ("keep,,", Text(m.PrintToKaString(KaRES_T, untouched, three, nullptr, 3)))
       << "separators even where each element prints nothing";
+}
+
+// No values leave the output as it was, as every print slot does, for arrays
+// as for single values.
+TEST_F(TypeMgr, PrintingNoValuesLeavesTheOutput) {
+  for (int id = 0; id < kKaTypeCount; ++id) {
+    SCOPED_TRACE(id);
+    for (unsigned int count : {1u, 2u, 5u}) {
+      KaString out("keep");
+      EXPECT_EQ("keep",
+                Text(m.PrintToKaString(static_cast<signed char>(id), out, nullptr, nullptr, count)))
+          << count;
+    }
+  }
+}
+
+// Captures the string layer's overflow reports while the switch is on.
+class PrintLimit : public TypeMgr {
+ protected:
+  static inline int reports = 0;
+  void SetUp() override {
+    reports = 0;
+    KaSetAssertReceiver([](const char*, const char*, int) { ++reports; });
+    DefaultConfig().SetInt("debug", "stringOverflow", 1);
+  }
+  void TearDown() override {
+    KaSetAssertReceiver(nullptr);
+    DefaultConfig().Remove("debug", "stringOverflow");
+  }
+};
+
+// An array whose text passes the string's limit is cut there, exactly as the
+// string cuts one long append, and reported once; the printing stops there.
+TEST_F(PrintLimit, ArrayTextStopsAtTheStringLimitWithOneReport) {
+  std::vector<int> values(30000);
+  std::string all = "[";  // what the output holds before
+  for (size_t i = 0; i < values.size(); ++i) {
+    values[i] = static_cast<int>(i * 7919) - 100000;
+    if (i > 0) all.push_back(',');
+    all.append(std::to_string(values[i]));
+  }
+  KaString out("[");
+  m.PrintToKaString(KaINT_T, out, values.data(), nullptr, static_cast<unsigned>(values.size()));
+  EXPECT_EQ(KaString::kMaxSize, out.Size());
+  EXPECT_EQ(all.substr(0, KaString::kMaxSize - 1), Text(out));
+  EXPECT_EQ(1, reports) << "one cut, one report";
+
+  // A 2-byte output holds half as many units; an element that ends exactly at
+  // the limit leaves the separator after it to be cut.
+  KaString wide(253, KaString::GetDefaultLanguage());
+  reports = 0;
+  m.PrintToKaString(KaINT_T, wide, values.data(), nullptr, static_cast<unsigned>(values.size()));
+  EXPECT_EQ(KaString::kMaxSize, wide.Size());
+  EXPECT_EQ(KaString::kMaxSize / 2 - 1, wide.Len());
+  EXPECT_EQ(1, reports);
+  reports = 0;
+  const std::string room1(KaString::kMaxSize - 2, 'x');  // one unit before the limit
+  KaString exact(room1.c_str());
+  int32_t two[] = {7, 8};
+  std::string expected = room1;
+  expected.push_back('7');
+  EXPECT_EQ(expected, Text(m.PrintToKaString(Ka4B_T, exact, two, nullptr, 2)));
+  EXPECT_EQ(1, reports) << "the cut separator is reported";
 }
 
 TEST_F(TypeMgr, CmpDispatchesThroughTheSharedRows) {
@@ -261,6 +373,25 @@ TEST_F(TypeMgr, CmpDispatchesThroughTheSharedRows) {
   EXPECT_EQ(55, error) << "the illegal row leaves the error word alone";
 }
 
+// No array where pairs are asked for: compare and hash agree that the array
+// ended before the first element.
+TEST_F(TypeMgr, NullArraysAreTooShortForCompareAsForHash) {
+  for (int id : kCompleteRows) {
+    if (id == KaRES_T) continue;
+    SCOPED_TRACE(id);
+    const auto sid = static_cast<signed char>(id);
+    int32_t one[4] = {1, 2, 3, 4};
+    int hashError = 0, error = 0;
+    EXPECT_EQ(0u, m.Hash(sid, 0, nullptr, 2, 8, hashError));
+    EXPECT_EQ(2101, hashError);
+    EXPECT_EQ(0, m.Cmp(sid, 0, nullptr, 0, nullptr, 0, 2, 8, error));
+    EXPECT_EQ(hashError, error);
+    EXPECT_EQ(0, m.Cmp(sid, 0, one, 0, nullptr, 0, 1, 2, error));
+    EXPECT_EQ(2101, error);
+    EXPECT_EQ(0, m.Cmp(sid, nullptr, one, 0, 1, 8));
+  }
+}
+
 TEST_F(TypeMgr, ArrayElementsAndTranslation) {
   double values[3] = {};
   EXPECT_EQ(&values[2], m.GetArrayElement(KaDOUBLE_T, values, 2, 3));
@@ -279,6 +410,25 @@ TEST_F(TypeMgr, ArrayElementsAndTranslation) {
   EXPECT_EQ(8u, m.Translate(Ka4B_T, back, 0x08, 8, big, 0x02, 8, 2));
   EXPECT_EQ(memory[0], back[0]);
   EXPECT_EQ(0u, m.Translate(KaINT_T, back, 0x08, 8, memory, 0x08, 8, 0));
+}
+
+// Stored to stored within one buffer (the codecs allow it): the source bytes
+// reach the destination before the tail is zero-filled.
+TEST_F(TypeMgr, TranslatesStoredFormsInPlace) {
+  constexpr unsigned char kStored[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+  struct InPlace {
+    size_t to, from;
+    const char* why;
+  } cases[] = {{0, 0, "the same bytes"}, {4, 0, "moved up"}, {0, 4, "moved down"}};
+  for (const InPlace& c : cases) {
+    SCOPED_TRACE(c.why);
+    unsigned char buffer[16];
+    std::memset(buffer, 0xAA, sizeof buffer);
+    std::memcpy(buffer + c.from, kStored, sizeof kStored);
+    EXPECT_EQ(8u, m.Translate(Ka4B_T, buffer + c.to, 0x02, 12, buffer + c.from, 0x03, 8, 2));
+    EXPECT_EQ(0, std::memcmp(kStored, buffer + c.to, 8));
+    EXPECT_EQ(std::string(4, '\0'), std::string(buffer + c.to + 8, buffer + c.to + 12));
+  }
 }
 
 TEST_F(TypeMgr, HolderOwnsItsArrayAndTheOldFormRoundTrips) {

@@ -54,10 +54,24 @@ class KATYPEMGR_API KaTypeMgr {
                                      unsigned int count);
   int DiskIsNullValue(signed char id, void* stored);  // always -2999
 
+  // The row's Compare slot (0 for a row without one, `error` untouched); the
+  // scalar rows' contract is in katypcmp.h. Inline: index searches and sorts
+  // call this once per key, and a call into the library before the call
+  // through the row would cost about as much as comparing the key.
   int Cmp(signed char id, unsigned int length1, void* values1, unsigned int length2, void* values2,
-          unsigned short option, unsigned int count, unsigned char format, int& error);
+          unsigned short option, unsigned int count, unsigned char format, int& error) {
+    const KaCompareFunc compare = Row(id).compare;
+    if (compare == nullptr) return 0;
+    return compare(format, length1, values1, length2, values2, option, count, error);
+  }
+  // Both lengths 0 (`count` elements each); the error word is dropped.
   int Cmp(signed char id, void* values1, void* values2, unsigned short option, unsigned int count,
-          unsigned char format);
+          unsigned char format) {
+    const KaCompareFunc compare = Row(id).compare;
+    if (compare == nullptr) return 0;
+    int error = 0;
+    return compare(format, 0, values1, 0, values2, option, count, error);
+  }
   KaCompareFunc CmpFuncPtrGet(signed char id);
   int (*ComparePtrGet(signed char id))(void*, void*);  // always null
 
@@ -81,6 +95,9 @@ class KATYPEMGR_API KaTypeMgr {
   unsigned int Translate(signed char id, void* destination, unsigned char destinationFormat,
                          unsigned int destinationLength, void* source, unsigned char sourceFormat,
                          unsigned int sourceLength, unsigned int count);
+  // The row's IsNull: 0 for a type without a null value. The string row
+  // takes a null `value` as no value, which is null (and SetNullValue then
+  // has nothing to set).
   int IsNullValue(signed char id, void* value);
   // The row's SetNull; a type without a null value is reset to what an empty
   // text converts to, or scanned from "0".
@@ -107,6 +124,12 @@ class KATYPEMGR_API KaTypeMgr {
   char* NameGet(signed char id, char* buffer);
   char* TypeIdNameGet(signed char id, char* buffer);
 
+  // The values' text, in `format` or the row's default. One value, and the
+  // one-byte rows' whole arrays, are the slot's: it replaces `out`. Longer
+  // arrays are printed element by element and appended to `out`, separated
+  // by ","; the text stops where `out` reaches the string's limit (the cut is
+  // the string's, reported once as it reports any cut). No values (null)
+  // leave `out` as it was.
   KaString& PrintToKaString(signed char id, KaString& out, void* values, const char* format,
                             unsigned int count);
   void* ScanFromKaString(signed char id, void* values, KaString& text, const char* format,
@@ -130,7 +153,12 @@ class KATYPEMGR_API KaTypeMgr {
   void* ConvertFromKaStringOld(KaString* text, signed char id, unsigned int count);
 
  private:
-  KaTypeDescriptor& Row(signed char id) const;
+  // The row of an identifier, folded; identifiers that are no types (47..99,
+  // negative ones) get the "illegal" row rather than an index past the table.
+  KaTypeDescriptor& Row(signed char id) const {
+    const int row = KaFoldTypeId(id);
+    return *table_[row >= 0 && row < kKaTypeCount ? row : KaRES_T];
+  }
 
   KaTypeDescriptor* const* table_;
   unsigned short version_;

@@ -4,7 +4,8 @@
 // This module belongs to engine release 12.0.2.155.0. Its description:
 //   banner              "Quarrystore Typemanager"
 //   module name         "QS120Ftms120"
-//   build tool          the compiler's own identification ("g++ 12.2.0"), number 1800
+//   build tool          the compiler's own identification string, as its
+//                       __VERSION__ gives it ("12.2.0"), number 1800
 //   build date          "Feb 19 2016", with time "Feb 19 2016 05:51:48"
 //   further build text  "unknown"
 // The banner, build tool text and number, module name and build date live in

@@ -13,8 +13,9 @@
 //          conversion with that nibble (see the list below).
 // length1, length2
 //          Byte length of each array; 0 means `count` elements of the stride.
-//          Only whole elements count: a trailing part of an element is past
-//          the array's end and is never read.
+//          Only whole elements count: a length that is not a whole number of
+//          elements ends the array at its last whole element, and the part
+//          after it is never read (nothing here reads past a given length).
 // option   Ignored by these rows (the string rows read it).
 // count    Number of element pairs to compare.
 // error    Out: 0, or kKaArrayBoundExceeded (2101) when an array ended before
@@ -27,9 +28,9 @@
 // decided result can come back with 2101: two pairs asked for, room for one
 // element in either array, first pair unequal, gives +-1 and 2101. The index
 // code relies on that order; every compare slot keeps it. An array without a
-// single whole element (a length from 1 to stride - 1) gives 0 and 2101
-// without reading either array. `count` 0 gives 0 and error 0 without
-// touching the arrays, which may then be null.
+// single whole element (a length from 1 to stride - 1), and a null array
+// with any length, give 0 and 2101 without reading either array. `count` 0
+// gives 0 and error 0 without touching the arrays, which may then be null.
 //
 // Neither function allocates, throws or keeps state; they may run on any
 // thread. Stored elements are converted into locals; arrays are never

@@ -108,8 +108,9 @@ int Walk(unsigned int length1, const void* values1, unsigned int length2, const 
   const size_t pairs =
       std::min({size_t{count}, WholeElements(length1, count, s), WholeElements(length2, count, s)});
   // An array too short for one element ends before the first pair: nothing
-  // is compared and nothing decides.
-  if (pairs == 0) {
+  // is compared and nothing decides. A null array holds no element, whatever
+  // length comes with it, as the hash slots read it too.
+  if (pairs == 0 || values1 == nullptr || values2 == nullptr) {
     error = kKaArrayBoundExceeded;
     return 0;
   }

@@ -31,18 +31,22 @@ void* DeleteArray(void* array, unsigned int /*count*/) {
   return nullptr;
 }
 
+// Construction and copying of scalars depend on the width alone, so the
+// signed and unsigned rows of one width share one function (as the table
+// says they do, and as callers comparing slot entries see).
+
 // Scalars are constructed as 0, so a new element has a defined value.
-template <typename T>
+template <size_t Width>
 void ConstructScalars(void* array, unsigned int count, unsigned int /*extra*/) {
-  if (array != nullptr && count > 0) std::memset(array, 0, size_t{count} * sizeof(T));
+  if (array != nullptr && count > 0) std::memset(array, 0, size_t{count} * Width);
 }
 
 inline void DestructScalars(void*, unsigned int, unsigned int) {}
 
-template <typename T>
+template <size_t Width>
 void CopyScalars(void* destination, void* source, unsigned int count, int /*extra*/) {
   if (destination != nullptr && source != nullptr && count > 0) {
-    std::memmove(destination, source, size_t{count} * sizeof(T));
+    std::memmove(destination, source, size_t{count} * Width);
   }
 }
 
@@ -61,7 +65,9 @@ unsigned int SizeFromMemFile(MemFile* /*file*/, unsigned char format, unsigned i
 
 // Between memory and stored form through the base codecs; stored to stored is
 // a byte copy (no byte-order change even when the nibbles differ), fitted to
-// the destination with zero fill.
+// the destination with zero fill. Source and destination may overlap (the
+// codecs allow a translation within one buffer), so the bytes are moved
+// before the tail after them is filled.
 template <KaStoreFunc ToStored, KaStoreFunc ToMemory, unsigned int Width, int Tag = 0>
 unsigned int TranslateScalars(void* destination, unsigned char destinationFormat,
                               unsigned int destinationLength, void* source,
@@ -76,8 +82,9 @@ unsigned int TranslateScalars(void* destination, unsigned char destinationFormat
       std::memmove(destination, source, destinationLength);
       return destinationLength;
     }
-    if (sourceLength < destinationLength) std::memset(destination, 0, destinationLength);
     std::memmove(destination, source, sourceLength);
+    std::memset(static_cast<unsigned char*>(destination) + sourceLength, 0,
+                destinationLength - sourceLength);
     return sourceLength;
   }
   // The whole source format byte goes to the loader here, on purpose.

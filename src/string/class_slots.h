@@ -47,12 +47,14 @@ inline void* DeleteStrings(void* array, unsigned int /*count*/) {
   return nullptr;
 }
 
+// No value at all reads as the null value (a missing string converts to the
+// null value as well), and there is nothing to make null.
 inline int StringIsNull(void* value) {
-  return static_cast<KaString*>(value)->IsNullValue() ? 1 : 0;
+  return value == nullptr || static_cast<KaString*>(value)->IsNullValue() ? 1 : 0;
 }
 
 inline int StringSetNull(void* value) {
-  static_cast<KaString*>(value)->SetNullValue();
+  if (value != nullptr) static_cast<KaString*>(value)->SetNullValue();
   return 0;
 }
 

@@ -9,11 +9,10 @@ namespace {
 constexpr int kVersion[5] = {12, 0, 2, 155, 0};
 constexpr const char* kVersionText = "12.0.2.155.0";
 
-// The compiler's own identification; clang's already names clang.
-#if defined(__clang__)
+// The compiler's own identification string, as the compiler gives it: tools
+// compare it with what they were built with.
+#if defined(__VERSION__)
 constexpr const char* kBuildTool = __VERSION__;
-#elif defined(__GNUC__)
-constexpr const char* kBuildTool = "g++ " __VERSION__;
 #else
 constexpr const char* kBuildTool = "unknown compiler";
 #endif

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr int kIllegalRow = KaRES_T;
-
 KaTypeMgr*& DefaultManager() {
   static KaTypeMgr* manager = nullptr;
   return manager;
@@ -25,6 +23,14 @@ KaTypeMgr*& DefaultManager() {
 unsigned int MemoryLength(const KaTypeDescriptor& row) { return row.sizeWord & 0xFFFF; }
 
 bool IsStepMode(unsigned char mode) { return mode == 'M' || mode == 'N' || mode == 'O'; }
+
+// Units that `out` can still take before the string's limit (the terminator
+// counts, also for a string that has no buffer yet).
+unsigned int RoomLeft(const KaString& out) {
+  const unsigned int w = out.UnitWidth();
+  const unsigned int used = out.Size() != 0 ? out.Size() : w;
+  return used < KaString::kMaxSize ? (KaString::kMaxSize - used) / w : 0;
+}
 
 }  // namespace
 
@@ -87,12 +93,6 @@ void KaTypeMgr::SetFactory(unsigned int version) {
 
 bool KaTypeMgr::UsesOldTable() const { return table_ == ka::detail::OldTable(); }
 
-KaTypeDescriptor& KaTypeMgr::Row(signed char id) const {
-  int row = KaFoldTypeId(id);
-  if (row < 0 || row >= kKaTypeCount) row = kIllegalRow;
-  return *table_[row];
-}
-
 // --- Forwarding ------------------------------------------------------------------
 
 void* KaTypeMgr::Create(signed char id, unsigned int count) {
@@ -130,20 +130,6 @@ unsigned int KaTypeMgr::DiskLenGetFromMemFile(signed char id, MemFile* file, uns
 }
 
 int KaTypeMgr::DiskIsNullValue(signed char, void*) { return kKaNotSupported; }
-
-int KaTypeMgr::Cmp(signed char id, unsigned int length1, void* values1, unsigned int length2,
-                   void* values2, unsigned short option, unsigned int count, unsigned char format,
-                   int& error) {
-  const KaTypeDescriptor& row = Row(id);
-  if (row.compare == nullptr) return 0;
-  return row.compare(format, length1, values1, length2, values2, option, count, error);
-}
-
-int KaTypeMgr::Cmp(signed char id, void* values1, void* values2, unsigned short option,
-                   unsigned int count, unsigned char format) {
-  int error = 0;
-  return Cmp(id, 0, values1, 0, values2, option, count, format, error);
-}
 
 KaCompareFunc KaTypeMgr::CmpFuncPtrGet(signed char id) { return Row(id).compare; }
 
@@ -360,16 +346,26 @@ KaString& KaTypeMgr::PrintToKaString(signed char id, KaString& out, void* values
   const KaTypeDescriptor& row = Row(id);
   if (row.printToString == nullptr) return out;
   if (format == nullptr) format = row.printFormat;
-  // The character rows print a whole array as one text.
-  if (count < 2 || row.printToString == CharPrintToKaString) {
+  // The character rows print a whole array as one text; no values are the
+  // slot's to answer (the output stays as it was).
+  if (count < 2 || values == nullptr || row.printToString == CharPrintToKaString) {
     return row.printToString(out, values, format, count);
   }
+  // The string cuts an append that passes its limit, and reports the cut;
+  // after that nothing more fits, so the walk stops at the first cut append
+  // rather than printing the rest of a long array into a full string.
   const unsigned int length = MemoryLength(row);
   for (unsigned int i = 0; i < count; ++i) {
+    if (i > 0) {
+      const bool full = RoomLeft(out) == 0;
+      out << ',';
+      if (full) break;
+    }
     KaString element;
     row.printToString(element, static_cast<unsigned char*>(values) + size_t{i} * length, format, 1);
+    const bool cut = element.Len() > RoomLeft(out);
     out << element;
-    if (i + 1 < count) out << ',';
+    if (cut) break;
   }
   return out;
 }
