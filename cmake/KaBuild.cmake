@@ -46,6 +46,9 @@ function(ka_add_library name)
   target_include_directories(${name}_objects PUBLIC ${ARG_INCLUDE_DIR})
   target_compile_features(${name}_objects PUBLIC cxx_std_20)
   target_compile_options(${name}_objects PRIVATE ${KA_WARNING_FLAGS})
+  # Calls between a library's own exported functions go direct, not through
+  # its PLT: no program replaces a symbol of these libraries.
+  target_compile_options(${name}_objects PRIVATE -fno-semantic-interposition)
   if(ARG_DEPENDS)
     target_link_libraries(${name}_objects PUBLIC ${ARG_DEPENDS})
   endif()
