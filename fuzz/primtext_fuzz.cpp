@@ -75,7 +75,10 @@ void AppendConversion(Bytes& in, std::string& format) {
   }
   // Widths and precisions around the bound of 255.
   if (shape & 0x08) format += (shape & 0x40) ? "*" : std::to_string(in.Next() + (in.Next() & 1));
-  if (shape & 0x10) format += (shape & 0x80) ? ".*" : "." + std::to_string(in.Next() + 3);
+  if (shape & 0x10) {
+    format += '.';
+    format += (shape & 0x80) ? "*" : std::to_string(in.Next() + 3);
+  }
   format += Pick(kModifiers, in.Next());
   const char* letter = Pick(kLetters, in.Next());
   format += letter;

