@@ -14,6 +14,7 @@
 #include <random>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -90,6 +91,9 @@ Value Scan(const Family& f, KaString text, const char* format, Value initial) {
   return result;
 }
 
+// Scanning starts from this pattern, which a text that matches nothing keeps.
+constexpr Value kKept = {.ll = 0x5A5A5A5A5A5A5A5A};
+
 struct PrintCase {
   const Family& family;
   Value value;
@@ -113,7 +117,14 @@ const PrintCase kPrintCases[] = {
     {kInt, {.ul = UINT_MAX}, "%u", "4294967295", "unsigned default"},
     {kInt, {.l = -7}, nullptr, "-7", "null format: the default"},
     {kInt, {.l = 7}, "100%% %-4.3i|", "100% 007 |", "%%, flags, precision, literal"},
-    {kInt, {.l = 70000}, "%hd", "70000", "the row's width decides, not h"},
+    {kLong, {.l = 65541}, "%hd", "5", "h applies: the low 16 bits, as sprintf"},
+    {kO8B, {.ll = -2}, "%lx", "fffffffe", "%lx: that runtime's 32-bit long"},
+    {kLong, {.l = -5}, "%#d", "-5", "# with d is undefined: dropped"},
+    {kLong, {.l = 5}, "no conversion", "no conversion", "literal text only"},
+    {kInt, {.l = 5}, "100%%", "100%", "literal text with %%"},
+    {kDouble, {.d = 6.5}, "ldexp(%.17g)", "ldexp(6.5)", "ldexp( with one conversion: plain"},
+    {kDouble, {.d = 6.5}, "value", "value", "floating row, literal only"},
+    {kDouble, {.d = DBL_TRUE_MIN}, "ldexp(%.17g,%hhd)", "ldexp(0.5,-49)", "exponent as char"},
     {kO8B, {.ll = INT64_MIN}, "%I64d", "-9223372036854775808", "o_8b default"},
     {kO8B, {.ll = INT64_MAX}, "%I64d", "9223372036854775807", "o_8b maximum"},
     {kO8B, {.ull = UINT64_MAX}, "%I64u", "18446744073709551615", "o_u8b default"},
@@ -134,41 +145,72 @@ const PrintCase kPrintCases[] = {
     {kFloat, {.f = NAN}, "ldexp(%.17g,%d)", "NaN", "NaN"},
 };
 
-// Formats that fail the check give the family's default; with the same
-// format, scanning falls back alike and reads the text back.
+TEST_F(PrimTextTest, PrintsEveryRowThroughTheCallersFormat) {
+  for (const PrintCase& c : kPrintCases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(c.text, Print(c.family, &c.value, c.format));
+  }
+}
+
+// The default formats read back every value they print.
+TEST_F(PrimTextTest, DefaultFormatsRoundTrip) {
+  const std::pair<const Family&, const char*> defaults[] = {
+      {kShort, "%hd"}, {kShort, "%hu"},    {kLong, "%ld"},   {kLong, "%lu"},
+      {kLong, "#%lu"}, {kInt, "%d"},       {kInt, "%u"},     {kO8B, "%I64d"},
+      {kO8B, "%I64u"}, {kDouble, "%.17g"}, {kFloat, "%.17g"}};
+  const Value values[] = {
+      {.ull = 0},  {.ull = UINT64_MAX}, {.ull = 0x8000000080008000}, {.ull = 0x7FFFFFFF7FFF7FFF},
+      {.d = -0.1}, {.f = FLT_TRUE_MIN}};
+  for (const auto& [family, format] : defaults) {
+    for (const Value& v : values) {
+      SCOPED_TRACE(format);
+      // NaN prints as a word: its sign and payload are not kept.
+      if (family.print == kDouble.print && std::isnan(v.d)) continue;
+      if (family.print == kFloat.print && std::isnan(v.f)) continue;
+      const std::string text = Print(family, &v, format);
+      const Value back = Scan(family, KaString(text.c_str()), format, kKept);
+      EXPECT_EQ(0, std::memcmp(&v, &back, family.width)) << "read back from " << text;
+    }
+  }
+}
+
+// Formats that could make the C library read or write outside the value.
+// Printing with one gives the family's default text; scanning with one
+// reads nothing, as a text that matches nothing.
 const PrintCase kRefusedCases[] = {
     {kLong, {.l = -5}, "%hhn", "-5", "%n writes through its argument"},
     {kLong, {.l = -5}, "%*d", "-5", "width from an argument"},
-    {kLong, {.l = -5}, "%d %s", "-5", "a second, dangerous conversion"},
-    {kLong, {.l = -5}, "no conversion", "-5", "literal text only"},
+    {kLong, {.l = -5}, "%.*d", "-5", "precision from an argument"},
+    {kLong, {.l = -5}, "%1$d", "-5", "positional argument"},
+    {kLong, {.l = -5}, "%d %d", "-5", "a second value conversion"},
+    {kLong, {.l = -5}, "%s", "-5", "%s on a number"},
+    {kLong, {.l = -5}, "%c", "-5", "%c on a number"},
+    {kLong, {.l = -5}, "%p", "-5", "a pointer"},
     {kLong, {.l = -5}, "%", "-5", "a lone % at the end"},
     {kLong, {.l = -5}, "%Ld", "-5", "L is for floating conversions"},
-    {kLong, {.l = -5}, "%#d", "-5", "# is undefined with d"},
+    {kLong, {.l = -5}, "%qd", "-5", "not a modifier"},
     {kLong, {.l = -5}, "%.256d", "-5", "precision above 255"},
     {kLong, {.l = -5}, "%9999999999999999999d", "-5", "width that overflows"},
     {kLong, {.l = -5}, "%lu%n", "4294967291", "names an unsigned reading"},
     {kLong, {.l = -5}, "%x %x", "4294967291", "two unsigned conversions"},
+    {kInt, {.l = -5}, "%g", "-5", "a floating conversion on an integer row"},
     {kDouble, {.d = 6.5}, "%d", "6.5", "an integer conversion on a floating row"},
+    {kDouble, {.d = 6.5}, "%hf", "6.5", "h is for integer conversions"},
     {kDouble, {.d = 6.5}, "%.300f", "6.5", "precision above 255"},
-    {kDouble, {.d = 6.5}, "ldexp(%.17g)", "6.5", "ldexp without the exponent"},
     {kDouble, {.d = 6.5}, "ldexp(%d,%.17g)", "6.5", "ldexp conversions in the wrong order"},
     {kDouble, {.d = 6.5}, "%.17g,%d", "6.5", "two conversions, no ldexp prefix"},
     {kFloat, {.f = 6.5f}, "ldexp(%.17g,%u)", "6.5", "the exponent is signed"},
-    {kChar, {.uc = 'A'}, "%s", "A", "string conversion refused"},
-    {kChar, {.uc = 'A'}, "%.2c", "A", "precision is undefined with c"},
-    {kChar, {.uc = 'A'}, "%05c", "A", "0 is undefined with c"},
-    {kChar, {.uc = 'A'}, "%lc", "A", "wide character refused"},
+    {kChar, {.uc = 'A'}, "%s", "A", "string conversion on a byte"},
+    {kChar, {.uc = 'A'}, "%lc", "A", "wide character"},
+    {kChar, {.uc = 'A'}, "%c%c", "A", "two characters"},
 };
 
-TEST_F(PrimTextTest, PrintsEveryRowAndReadsItBack) {
-  for (const auto& table :
-       {std::span<const PrintCase>(kPrintCases), std::span<const PrintCase>(kRefusedCases)}) {
-    for (const PrintCase& c : table) {
-      SCOPED_TRACE(c.why);
-      EXPECT_EQ(c.text, Print(c.family, &c.value, c.format));
-      const Value back = Scan(c.family, KaString(c.text), c.format, Value{.ull = 0});
-      EXPECT_EQ(0, std::memcmp(&c.value, &back, c.family.width)) << "read back from " << c.text;
-    }
+TEST_F(PrimTextTest, RefusedFormatsPrintTheDefaultAndScanNothing) {
+  for (const PrintCase& c : kRefusedCases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(c.text, Print(c.family, &c.value, c.format));
+    const Value kept = Scan(c.family, KaString(c.text), c.format, kKept);
+    EXPECT_EQ(0, std::memcmp(&kKept, &kept, c.family.width)) << "scanned " << c.text;
   }
 }
 
@@ -212,8 +254,6 @@ TEST_F(PrimTextTest, CharRowsPrintEveryByteAndNonPrintableOnesInHex) {
   EXPECT_EQ('A', out.UnitAt(199)) << "the pieces are whole up to the limit";
 }
 
-// Scanning starts from this pattern, which a text that matches nothing keeps.
-constexpr Value kKept = {.ll = 0x5A5A5A5A5A5A5A5A};
 const PrintCase kScanCases[] = {
     {kChar, {.uc = '0'}, "%c", "0x41", "'A' never prints as 0x41"},
     {kChar, {.uc = 0xE9}, "%c", "0xE9", "upper-case hex digits"},
@@ -221,19 +261,30 @@ const PrintCase kScanCases[] = {
     {kChar, kKept, "%c", "", "empty text: unchanged"},
     {kChar, {.uc = 'A'}, "%5c", "ABCDE", "one byte stored, not five"},
     {kChar, {.uc = 0xFF}, "%d", "-1", "a byte's number"},
-    {kChar, {.uc = 'Q'}, "%s", "Q", "%s falls back to %c"},
+    {kChar, {.uc = 'x'}, "%3c", "xyz", "three read, the first stored"},
+    {kChar, {.uc = 0xC8}, "%hhd", "200", "through a signed char"},
     {kShort, {.s = 4464}, "%hd", "70000", "stored modulo 2^16"},
     {kShort, {.s = -1}, "%hu", "-1", "unsigned reading of -1"},
     {kLong, {.ul = 42}, "#%lu", "#42", "BlockId's literal"},
     {kLong, kKept, "#%lu", "42", "literal missing: unchanged"},
-    {kLong, {.ul = 0xFFFFFFFF}, "%lu%n", "4294967295", "refused, unsigned"},
+    {kLong, {.l = 12}, "%*s %d", "5 12", "a suppressed conversion is skipped"},
+    {kShort, {.s = 4464}, "%*[^,],%hd", "abc,70000", "a suppressed scanset"},
+    {kO8B, {.ll = 7}, "%*d%*c%lld", "1;7", "several suppressed"},
+    {kLong, kKept, "%*d", "12", "suppressed only: nothing stored"},
+    {kLong, kKept, "value", "value", "literal only: nothing stored"},
+    {kLong, {.l = 65535}, "%hu", "-1", "zero-extended from the unsigned short"},
+    {kO8B, {.ll = 1}, "%d", "4294967297", "no modifier: through an int"},
     {kInt, {.l = 12}, "%2d", "12345", "a width is the longest field"},
     {kInt, kKept, "%d", "abc", "no number: unchanged"},
-    {kInt, {.l = 12}, "%*d", "12", "suppression falls back"},
     {kDouble, {.d = -kInf}, "%.17g", "  -Infinity", "blanks before a word"},
     {kDouble, {.d = kInf}, "v=%g", "Infinity", "words come before the format"},
     {kDouble, kKept, "%.17g", "x", "no number: unchanged"},
-    {kDouble, {.d = kInf}, "ldexp(%g,%d)", "ldexp(0.5,4294967297)", "exponent clamped"},
+    {kDouble, {.d = kInf}, "ldexp(%g,%lld)", "ldexp(0.5,4294967297)", "exponent clamped"},
+    {kDouble, {.d = 1}, "ldexp(%g,%d)", "ldexp(0.5,4294967297)", "exponent through an int"},
+    {kDouble, {.d = 0.1}, "%Lf", "0.1", "L: that runtime's long double, a double"},
+    {kDouble, {.d = 0.1}, "%f", "0.1", "no modifier: the row's double"},
+    {kFloat, {.f = 1.0f}, "%lf", "1.000000059604644775390625001", "a double, then rounded"},
+    {kFloat, {.f = 0x1.000002p0f}, "%f", "1.000000059604644775390625001", "straight to float"},
     {kDouble, kKept, "ldexp(%g,%d)", "ldexp(0.75)", "half a text: unchanged"},
     {kFloat, {.f = kFloatInf}, "%.17g", "1e39", "above the float range"},
     {kFloat, {.f = FLT_MAX}, "ldexp(%g,%d)", "ldexp(0x1.fffffefp-1,128)", "rounds down"},
@@ -246,6 +297,259 @@ TEST_F(PrimTextTest, ScanFollowsSscanfIntoTheFirstElement) {
     const Value got = Scan(c.family, KaString(c.text), c.format, kKept);
     EXPECT_EQ(0, std::memcmp(&c.value, &got, c.family.width));
   }
+}
+
+// --- The C library as the oracle ----------------------------------------------------
+//
+// A caller's conversion is applied by snprintf and sscanf to a variable of
+// the row's type, converted to the type the conversion names. `libc` spells
+// the conversion for this platform's C library (that runtime's long is 32
+// bits, its long double a double). The row is the one whose default names the
+// conversion's signedness: o_2b for "%hd", o_u2b for "%hu".
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+
+template <typename Conv>
+Conv FromRow(uint64_t bits, unsigned width) {
+  constexpr bool kSigned = std::is_signed_v<Conv>;
+  switch (width) {
+    case 1:
+      return kSigned ? static_cast<Conv>(static_cast<int8_t>(bits))
+                     : static_cast<Conv>(static_cast<uint8_t>(bits));
+    case 2:
+      return kSigned ? static_cast<Conv>(static_cast<int16_t>(bits))
+                     : static_cast<Conv>(static_cast<uint16_t>(bits));
+    case 4:
+      return kSigned ? static_cast<Conv>(static_cast<int32_t>(bits))
+                     : static_cast<Conv>(static_cast<uint32_t>(bits));
+    default:
+      return kSigned ? static_cast<Conv>(static_cast<int64_t>(bits)) : static_cast<Conv>(bits);
+  }
+}
+
+template <typename Conv>
+std::string LibcPrint(const char* libc, uint64_t bits, unsigned width) {
+  char text[512];
+  std::snprintf(text, sizeof text, libc, FromRow<Conv>(bits, width));
+  return text;
+}
+
+// The element's bits after sscanf stored into a Conv and that was assigned
+// to the row's type; false when nothing was stored.
+template <typename Conv>
+bool LibcScan(const char* text, const char* libc, uint64_t& bits) {
+  Conv v{};
+  if (std::sscanf(text, libc, &v) != 1) return false;
+  bits = static_cast<uint64_t>(v);
+  return true;
+}
+
+std::string LibcPrintDouble(const char* libc, double v) {
+  char text[512];
+  std::snprintf(text, sizeof text, libc, v);
+  return text;
+}
+
+// sscanf into a T; false when nothing was stored.
+template <typename T>
+bool LibcScanInto(const char* text, const char* libc, T& v) {
+  return std::sscanf(text, libc, &v) == 1;
+}
+
+#pragma GCC diagnostic pop
+
+struct IntegerFormat {
+  const char* caller;
+  const char* libc;
+  std::string (*print)(const char*, uint64_t, unsigned);
+  bool (*scan)(const char*, const char*, uint64_t&);
+};
+#define CONV(T) LibcPrint<T>, LibcScan<T>
+
+// Formats valid for both printf and scanf.
+const IntegerFormat kIntegerFormats[] = {
+    {"%hd", "%hd", CONV(short)},
+    {"%hu", "%hu", CONV(unsigned short)},
+    {"%hhd", "%hhd", CONV(signed char)},
+    {"%hhx", "%hhx", CONV(unsigned char)},
+    {"%d", "%d", CONV(int)},
+    {"%i", "%i", CONV(int)},
+    {"%u", "%u", CONV(unsigned)},
+    {"%ld", "%d", CONV(int)},
+    {"%lX", "%X", CONV(unsigned)},
+    {"%I32d", "%d", CONV(int)},
+    {"%zu", "%u", CONV(unsigned)},
+    {"%lld", "%lld", CONV(long long)},
+    {"%I64u", "%llu", CONV(unsigned long long)},
+    {"%jd", "%lld", CONV(long long)},
+    {"%llo", "%llo", CONV(unsigned long long)},
+    {"<%3hd>", "<%3hd>", CONV(short)},
+};
+// Flags and precision: printing only.
+const IntegerFormat kPrintOnlyFormats[] = {
+    {"%+08hd", "%+08hd", CONV(short)},
+    {"%#hx", "%#hx", CONV(unsigned short)},
+    {"[%-7.3hhi]", "[%-7.3hhi]", CONV(signed char)},
+    {"%#lo", "%#o", CONV(unsigned)},
+    {"% .12lld", "% .12lld", CONV(long long)},
+};
+
+const Family* const kIntegerFamilies[] = {&kChar, &kShort, &kLong, &kInt, &kO8B};
+constexpr uint64_t kBits[] = {0,
+                              5,
+                              65541,
+                              0x7F,
+                              0x80,
+                              0xFFFF,
+                              0x8000,
+                              0x7FFFFFFF,
+                              0x80000000,
+                              0xFFFFFFFF,
+                              0x123456789ABCDEF0,
+                              0x8000000000000000,
+                              UINT64_MAX};
+
+TEST_F(PrimTextTest, PrintMatchesTheCLibraryThroughTheConversionsType) {
+  for (const auto& table : {std::span<const IntegerFormat>(kIntegerFormats),
+                            std::span<const IntegerFormat>(kPrintOnlyFormats)}) {
+    for (const IntegerFormat& format : table) {
+      for (const Family* family : kIntegerFamilies) {
+        for (uint64_t bits : kBits) {
+          // The one-byte rows print a byte that is not printable as hex.
+          if (family->width == 1 && (bits & 0xFF) != 0x7F) bits = 0x20 + (bits & 0x3F);
+          if (family->width == 1 && bits == 0x7F) continue;
+          SCOPED_TRACE(std::string(format.caller) + " width " + std::to_string(family->width) +
+                       " bits " + std::to_string(bits));
+          EXPECT_EQ(format.print(format.libc, bits, family->width),
+                    Print(*family, &bits, format.caller));
+        }
+      }
+    }
+  }
+}
+
+TEST_F(PrimTextTest, ScanMatchesTheCLibraryThroughTheConversionsType) {
+  const char* const texts[] = {"5",
+                               "65541",
+                               "-1",
+                               "70000",
+                               "-129",
+                               "4294967297",
+                               "-2147483649",
+                               "077",
+                               "0x1F",
+                               "  42xyz",
+                               "<  7>",
+                               "9223372036854775807",
+                               "-9223372036854775808",
+                               "18446744073709551615",
+                               "99999999999999999999",
+                               "+",
+                               "abc",
+                               ""};
+  for (const IntegerFormat& format : kIntegerFormats) {
+    for (const Family* family : kIntegerFamilies) {
+      for (const char* text : texts) {
+        // The one-byte rows read "0x" and two hex digits as a byte of their own.
+        if (family->width == 1 && std::strncmp(text, "0x", 2) == 0) continue;
+        SCOPED_TRACE(std::string(format.caller) + " width " + std::to_string(family->width) +
+                     " text " + text);
+        uint64_t bits = 0;
+        const Value expected = format.scan(text, format.libc, bits) ? Value{.ull = bits} : kKept;
+        const Value got = Scan(*family, KaString(text), format.caller, kKept);
+        EXPECT_EQ(0, std::memcmp(&expected, &got, family->width));
+      }
+    }
+  }
+}
+
+struct FloatingFormat {
+  const char* caller;
+  const char* libc;      // printing, the value passed as a double
+  const char* scanLibc;  // reading a double; null for print-only formats
+  bool floatReading;     // o_float reads through a float (`libc`), not a double
+};
+const FloatingFormat kFloatingFormats[] = {
+    {"%g", "%g", "%lg", true},         {"%lf", "%f", "%lf", false},
+    {"%Le", "%e", "%le", false},       {"x=%lG;", "x=%G;", "x=%lG;", false},
+    {"%.3LA", "%.3A", nullptr, false}, {"%+012.4E", "%+012.4E", nullptr, true},
+};
+
+TEST_F(PrimTextTest, FloatingRowsMatchTheCLibrary) {
+  const double doubles[] = {0.1, -2.5, 1e300, DBL_TRUE_MIN, -0.0, 123456789.125};
+  for (const FloatingFormat& format : kFloatingFormats) {
+    SCOPED_TRACE(format.caller);
+    for (double d : doubles) {
+      EXPECT_EQ(LibcPrintDouble(format.libc, d), Print(kDouble, &d, format.caller));
+      const auto f = static_cast<float>(d > FLT_MAX ? FLT_MAX : d);
+      EXPECT_EQ(LibcPrintDouble(format.libc, f), Print(kFloat, &f, format.caller));
+    }
+  }
+  // Scanning: through the conversion's type, then rounded to the row's.
+  const char* const texts[] = {
+      "0.1", "1.000000059604644775390625001", "-2.5e3", "0x1.8p1", "1e-46", "x=7;", "abc"};
+  for (const FloatingFormat& format : kFloatingFormats) {
+    if (format.scanLibc == nullptr) continue;
+    for (const char* text : texts) {
+      SCOPED_TRACE(std::string(format.caller) + " text " + text);
+      double d = 0;
+      const bool read = LibcScanInto(text, format.scanLibc, d);
+      float f = 0;
+      const bool readFloat = LibcScanInto(text, format.libc, f);
+      const Value gotDouble = Scan(kDouble, KaString(text), format.caller, kKept);
+      const Value gotFloat = Scan(kFloat, KaString(text), format.caller, kKept);
+      EXPECT_EQ(read ? Value{.d = d}.ull : kKept.ull, gotDouble.ull);
+      const Value wantFloat = !read                 ? kKept
+                              : format.floatReading ? Value{.f = f}
+                                                    : Value{.f = static_cast<float>(d)};
+      EXPECT_EQ(read, readFloat);
+      EXPECT_EQ(0, std::memcmp(&wantFloat, &gotFloat, 4));
+    }
+  }
+}
+
+// A non-printable byte prints as "0x%02x" whatever the format; the one-byte
+// rows read exactly that form back, whatever the (accepted) format.
+TEST_F(PrimTextTest, CharRowsReadTheHexFormOfNonPrintableBytes) {
+  struct HexCase {
+    const char* text;
+    const char* format;
+    Value value;
+    const char* why;
+  };
+  const HexCase cases[] = {
+      {"0x07", "%c", {.uc = 7}, "the printed form"},
+      {"0x07", "%d", {.uc = 7}, "not the 0 that %d would read"},
+      {"0x07", "[%c]", {.uc = 7}, "whatever literal the format has"},
+      {"0x7f", "%c", {.uc = 0x7F}, "DEL"},
+      {"0xFF", "%x", {.uc = 0xFF}, "upper-case digits"},
+      {"0x41", "%c", {.uc = '0'}, "a printable byte prints as itself: read by the format"},
+      {"0x41", "%x", {.uc = 0x41}, "the format reads hex"},
+      {"0x7", "%c", {.uc = '0'}, "one digit: the format"},
+      {"0x07", "%s", kKept, "a refused format reads nothing"},
+  };
+  for (const HexCase& c : cases) {
+    SCOPED_TRACE(c.why);
+    EXPECT_EQ(c.value.uc, Scan(kChar, KaString(c.text), c.format, kKept).uc);
+  }
+}
+
+// A format without a value conversion prints its literal text on every row
+// (on the one-byte rows once per printable byte) and stores nothing.
+TEST_F(PrimTextTest, LiteralFormatsPrintTheirTextAndStoreNothing) {
+  const Family* const families[] = {&kChar, &kShort, &kLong, &kInt, &kO8B, &kFloat, &kDouble};
+  const Value v = {.ull = 0x4141414141414141};  // printable bytes, finite numbers
+  for (const Family* family : families) {
+    SCOPED_TRACE(family->width);
+    EXPECT_EQ("n/a 100%", Print(*family, &v, "n/a 100%%"));
+    const Value got = Scan(*family, KaString("n/a 100%"), "n/a 100%%", kKept);
+    EXPECT_EQ(0, std::memcmp(&kKept, &got, family->width));
+  }
+  const unsigned char bytes[] = {'a', 1, 'b'};
+  EXPECT_EQ("-0x01-", Print(kChar, bytes, "-", 3));
+  const double nan = NAN;
+  EXPECT_EQ("NaN", Print(kDouble, &nan, "n/a")) << "the special words still win";
 }
 
 TEST_F(PrimTextTest, ScanConvertsTwoByteTextFirst) {

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <string_view>
 #include <type_traits>
 
 #include "kabase/assert.h"
@@ -26,6 +27,13 @@ namespace {
 constexpr const char* kSource = "src/kaprimtext";
 
 // --- Checked formats ------------------------------------------------------------------
+//
+// A caller's format is used as the C library would use it with a variable of
+// the row's type, wherever that cannot read or write outside the element. It
+// is rewritten so that every value conversion takes the one argument type of
+// its shape (long long, unsigned long long, double, int or a character
+// buffer); this file narrows the value to the type the conversion names
+// itself, the way the C library converts its argument.
 
 // Longer formats are refused; with this bound and fields of at most 255
 // characters every printed text fits in kTextSize.
@@ -37,6 +45,8 @@ constexpr const char* kByteLetters = "cdiouxX";
 constexpr const char* kIntegerLetters = "diouxX";
 constexpr const char* kFloatingLetters = "eEfFgGaA";
 constexpr const char* kExponentLetters = "di";
+// What a suppressed scan conversion may skip: it stores nothing.
+constexpr const char* kSkipLetters = "diouxXeEfFgGaAcs[";
 constexpr const char* kLdexpPrefix = "ldexp(";
 
 enum class Use : unsigned char { kPrint, kScan };
@@ -44,13 +54,15 @@ enum class Use : unsigned char { kPrint, kScan };
 // The arguments a rewritten format takes. The calls into the C library check
 // it, so a format is only ever used with the arguments it was written for.
 enum class Shape : unsigned char {
-  kNone,
+  kNone,           // refused: nothing is printed or read
+  kPrintText,      // no argument: literal text and "%%" only
   kPrintChar,      // int
   kPrintSigned,    // long long
   kPrintUnsigned,  // unsigned long long
   kPrintDouble,    // double
   kPrintLdexp,     // double, long long
-  kScanChar,       // char*
+  kScanText,       // no argument, so nothing is stored
+  kScanChar,       // char[kMaxField + 1]
   kScanSigned,     // long long*
   kScanUnsigned,   // unsigned long long*
   kScanFloat,      // float*
@@ -59,48 +71,67 @@ enum class Shape : unsigned char {
 };
 
 struct CheckedFormat {
-  char text[kMaxFormat + 16] = {};  // a rewrite adds at most two bytes per conversion
+  char text[kMaxFormat + 16] = {};  // a rewrite adds at most two bytes per value conversion
   size_t length = 0;
   Shape shape = Shape::kNone;
+  // Bytes of the C type that the integer conversion names (the exponent's
+  // in an "ldexp(" format); its value passes through that type.
+  unsigned bytes = 8;
 };
 
 bool IsIn(char c, const char* set) { return c != '\0' && std::strchr(set, c) != nullptr; }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// Which conversions a length modifier may stand before. The modifiers of both
-// runtimes are accepted and then dropped: the row's width decides the size.
-constexpr unsigned kIntegerSizes = 1;
-constexpr unsigned kFloatingSizes = 2;
-constexpr unsigned kNoModifier = kIntegerSizes | kFloatingSizes;
+// Length modifiers, sized as in the runtime the stored formats were written
+// for: its long (and so "%ld" on the 32-bit rows), size_t and ptrdiff_t are
+// 32 bits, its long double is a double.
+enum class Modifier : unsigned char { kNone, kHH, kH, kL, kLL, kBigL, k32, k64 };
 
-unsigned ReadLengthModifier(const char*& p) {
-  if (p[0] == 'h') {
-    p += p[1] == 'h' ? 2 : 1;
-    return kIntegerSizes;
+Modifier ReadModifier(const char*& p) {
+  const auto take = [&p](int n, Modifier m) {
+    p += n;
+    return m;
+  };
+  switch (p[0]) {
+    case 'h':
+      return p[1] == 'h' ? take(2, Modifier::kHH) : take(1, Modifier::kH);
+    case 'l':
+      return p[1] == 'l' ? take(2, Modifier::kLL) : take(1, Modifier::kL);
+    case 'L':
+      return take(1, Modifier::kBigL);
+    case 'j':
+      return take(1, Modifier::k64);
+    case 'z':
+    case 't':
+      return take(1, Modifier::k32);
+    case 'I':
+      if (p[1] == '6' && p[2] == '4') return take(3, Modifier::k64);
+      if (p[1] == '3' && p[2] == '2') return take(3, Modifier::k32);
+      return take(1, Modifier::k32);  // pointer-sized, 32 bits there
+    default:
+      return Modifier::kNone;
   }
-  if (p[0] == 'l') {
-    if (p[1] == 'l') {
-      p += 2;
-      return kIntegerSizes;
-    }
-    ++p;
-    return kIntegerSizes | kFloatingSizes;  // "%ld" and "%lf" alike
+}
+
+unsigned IntegerBytes(Modifier m) {
+  switch (m) {
+    case Modifier::kHH:
+      return 1;
+    case Modifier::kH:
+      return 2;
+    case Modifier::kLL:
+    case Modifier::k64:
+      return 8;
+    default:
+      return 4;
   }
-  if (p[0] == 'L') {
-    ++p;
-    return kFloatingSizes;
-  }
-  if (p[0] == 'I' && ((p[1] == '6' && p[2] == '4') || (p[1] == '3' && p[2] == '2'))) {
-    p += 3;
-    return kIntegerSizes;
-  }
-  return kNoModifier;
 }
 
 // Digits of a width or precision; false above kMaxField, which also keeps a
 // hostile "%999999999d" from asking the C library for a giant field.
 bool SkipField(const char*& p) {
   int value = 0;
-  while (*p >= '0' && *p <= '9') {
+  while (IsDigit(*p)) {
     value = value * 10 + (*p - '0');
     if (value > kMaxField) return false;
     ++p;
@@ -108,110 +139,142 @@ bool SkipField(const char*& p) {
   return true;
 }
 
+using Span = std::string_view;
+
 // One conversion of a caller's format, as read.
 struct Conversion {
-  const char* flags = nullptr;
-  const char* flagsEnd = nullptr;
-  const char* width = nullptr;
-  const char* widthEnd = nullptr;
-  const char* precision = nullptr;  // after the '.'; null without one
-  const char* precisionEnd = nullptr;
-  unsigned sizes = kNoModifier;
+  bool suppressed = false;  // scanning's "%*": read and skipped
+  Span flags, width, precision;
+  bool hasPrecision = false;
+  Span scanset;  // "[...]" of a '[' conversion
+  Modifier modifier = Modifier::kNone;
   char letter = '\0';
 };
 
-// Reads the conversion after a "%". False when it is not well formed.
-bool ReadConversion(const char*& p, Conversion& c) {
-  c.flags = p;
-  while (IsIn(*p, "-+ #0")) ++p;
-  c.flagsEnd = p;
-  c.width = p;
-  if (!SkipField(p)) return false;
-  c.widthEnd = p;
-  if (*p == '.') {
-    c.precision = ++p;
-    if (!SkipField(p)) return false;
-    c.precisionEnd = p;
+Span Between(const char* begin, const char* end) {
+  return Span(begin, static_cast<size_t>(end - begin));
+}
+
+// Reads the conversion after a "%". False when it is not well formed, or when
+// it would take an argument this file does not pass: a positional "n$", and
+// a width or precision of "*" in printing.
+bool ReadConversion(const char*& p, Use use, Conversion& c) {
+  const char* digits = p;
+  while (IsDigit(*digits)) ++digits;
+  if (digits != p && *digits == '$') return false;
+  if (use == Use::kScan && *p == '*') {
+    c.suppressed = true;
+    ++p;
   }
-  c.sizes = ReadLengthModifier(p);
+  const char* start = p;
+  while (IsIn(*p, "-+ #0")) ++p;
+  c.flags = Between(start, p);
+  start = p;
+  if (!SkipField(p)) return false;
+  c.width = Between(start, p);
+  if (*p == '.') {
+    start = ++p;
+    if (!SkipField(p)) return false;
+    c.precision = Between(start, p);
+    c.hasPrecision = true;
+  }
+  c.modifier = ReadModifier(p);
   c.letter = *p;
   if (c.letter == '\0') return false;
-  ++p;
+  start = p++;
+  if (c.letter == '[') {  // a scanset: "]" first is one of its characters
+    if (*p == '^') ++p;
+    if (*p == ']') ++p;
+    while (*p != '\0' && *p != ']') ++p;
+    if (*p == '\0') return false;
+    c.scanset = Between(start, ++p);
+  }
   return true;
 }
 
-// The letter is one of `accepted`, and the flags, precision and modifier are
-// ones the C library defines for it.
-bool Fits(const Conversion& c, const char* accepted) {
-  if (!IsIn(c.letter, accepted)) return false;
-  const bool isChar = c.letter == 'c';
-  const bool floating = IsIn(c.letter, kFloatingLetters);
-  if (isChar && (c.sizes != kNoModifier || c.precision != nullptr)) return false;
-  if ((c.sizes & (floating ? kFloatingSizes : kIntegerSizes)) == 0) return false;
-  for (const char* f = c.flags; f != c.flagsEnd; ++f) {
-    if (*f == '#' && !floating && !IsIn(c.letter, "oxX")) return false;
-    if (*f == '0' && isChar) return false;
+// The modifier is one the C library defines for the letter and that names a
+// value this file can pass: "%lc" (a wide character) and "%Ld" are refused.
+bool ModifierFits(const Conversion& c) {
+  if (IsIn(c.letter, kIntegerLetters)) return c.modifier != Modifier::kBigL;
+  if (IsIn(c.letter, kFloatingLetters)) {
+    return c.modifier == Modifier::kNone || c.modifier == Modifier::kL ||
+           c.modifier == Modifier::kBigL;
   }
-  return true;
+  // Characters, strings, scansets: wide ones only where nothing is stored.
+  return c.modifier == Modifier::kNone || (c.suppressed && c.modifier == Modifier::kL);
 }
 
 class FormatWriter {
  public:
-  explicit FormatWriter(CheckedFormat& out) : out_(out) { out_.length = 0; }
-  bool Put(const char* begin, const char* end) {
-    const size_t n = static_cast<size_t>(end - begin);
-    if (n >= sizeof out_.text - out_.length) return false;
-    std::memcpy(out_.text + out_.length, begin, n);
-    out_.length += n;
+  explicit FormatWriter(CheckedFormat& out) : out_(out) {
+    out_.length = 0;
+    out_.text[0] = '\0';
+  }
+  bool Put(Span s) {
+    if (s.size() >= sizeof out_.text - out_.length) return false;
+    std::memcpy(out_.text + out_.length, s.data(), s.size());
+    out_.length += s.size();
     out_.text[out_.length] = '\0';
     return true;
   }
-  bool Put(const char* text) { return Put(text, text + std::strlen(text)); }
 
  private:
   CheckedFormat& out_;
 };
 
-// Writes `c` for the arguments this file passes. Printing keeps flags, width
-// and precision; scanning keeps only the width (sscanf's longest field),
-// except for "%c", where a width would make sscanf store that many bytes into
-// a one-byte element.
-bool WriteConversion(FormatWriter& w, const Conversion& c, Use use, bool floatDestination) {
+// Writes a value conversion for the argument of its shape. Printing keeps
+// flags, width and precision, less those the C library leaves undefined for
+// the letter ("#" with d, i, u or c; "0" or a precision with c). Scanning
+// keeps only the width, sscanf's longest field: the row's default formats
+// are print formats and are handed to the scan as they are.
+bool WriteValue(FormatWriter& w, const Conversion& c, Use use, bool readDouble) {
   const bool isChar = c.letter == 'c';
   const bool floating = IsIn(c.letter, kFloatingLetters);
   if (!w.Put("%")) return false;
   if (use == Use::kPrint) {
-    if (!w.Put(c.flags, c.flagsEnd) || !w.Put(c.width, c.widthEnd)) return false;
-    if (c.precision != nullptr && (!w.Put(".") || !w.Put(c.precision, c.precisionEnd))) {
-      return false;
+    for (const char flag : c.flags) {
+      if (flag == '#' && !floating && !IsIn(c.letter, "oxX")) continue;
+      if (flag == '0' && isChar) continue;
+      if (!w.Put(Span(&flag, 1))) return false;
     }
-  } else if (!isChar && !w.Put(c.width, c.widthEnd)) {
+    if (!w.Put(c.width)) return false;
+    if (c.hasPrecision && !isChar && (!w.Put(".") || !w.Put(c.precision))) return false;
+  } else if (!w.Put(c.width)) {
     return false;
   }
-  const char* modifier = "";
+  Span modifier = "";
   if (floating) {
-    modifier = use == Use::kScan && !floatDestination ? "l" : "";
+    modifier = use == Use::kScan && readDouble ? "l" : "";
   } else if (!isChar) {
     modifier = "ll";
   }
-  const char letter[2] = {c.letter, '\0'};
-  return w.Put(modifier) && w.Put(letter);
+  return w.Put(modifier) && w.Put(Span(&c.letter, 1));
 }
 
-// Rewrites `format` into `out` when it holds literal text, "%%" and exactly
-// `count` conversions, the i-th one of `accepted[i]`. For scanning, a single
-// floating conversion stores into a float when `floatDestination` is set.
-bool Rewrite(const char* format, const char* const* accepted, int count, Use use,
-             bool floatDestination, CheckedFormat& out) {
-  if (format == nullptr || strnlen(format, kMaxFormat + 1) > kMaxFormat) return false;
+// A suppressed conversion keeps its width and letter (or scanset); with
+// nothing stored, its modifier does not matter.
+bool WriteSkip(FormatWriter& w, const Conversion& c) {
+  return w.Put("%*") && w.Put(c.width) && w.Put(c.letter == '[' ? c.scanset : Span(&c.letter, 1));
+}
+
+// What a walk over a format found.
+struct Walk {
+  int values = 0;  // value conversions
+  Conversion first, second;
+};
+
+// Rewrites `format` into `out` when it holds literal text, "%%", suppressed
+// conversions (scanning) and at most two value conversions, the i-th one of
+// `accepted[i]` (a null entry: no such conversion). A floating scan reads a
+// double when `readDouble` is set, or when its modifier names a double.
+bool WalkFormat(const char* format, const char* const* accepted, Use use, bool readDouble,
+                CheckedFormat& out, Walk& walk) {
   FormatWriter w(out);
-  char letters[2] = {};
-  int found = 0;
   const char* p = format;
   while (*p != '\0') {
     const char* literal = p;
     while (*p != '\0' && *p != '%') ++p;
-    if (!w.Put(literal, p)) return false;
+    if (!w.Put(Between(literal, p))) return false;
     if (*p == '\0') break;
     ++p;  // the '%'
     if (*p == '%') {
@@ -220,26 +283,53 @@ bool Rewrite(const char* format, const char* const* accepted, int count, Use use
       continue;
     }
     Conversion c;
-    if (found == count || !ReadConversion(p, c) || !Fits(c, accepted[found])) return false;
-    // The mantissa of an "ldexp(" format is a double whatever the row.
-    if (!WriteConversion(w, c, use, floatDestination && count == 1)) return false;
-    letters[found++] = c.letter;
+    if (!ReadConversion(p, use, c) || !ModifierFits(c)) return false;
+    if (c.suppressed) {
+      if (!IsIn(c.letter, kSkipLetters) || !WriteSkip(w, c)) return false;
+      continue;
+    }
+    if (walk.values == 2 || accepted[walk.values] == nullptr ||
+        !IsIn(c.letter, accepted[walk.values])) {
+      return false;
+    }
+    const bool wantsDouble = readDouble || c.modifier != Modifier::kNone;
+    if (!WriteValue(w, c, use, wantsDouble)) return false;
+    (walk.values == 0 ? walk.first : walk.second) = c;
+    ++walk.values;
   }
-  if (found != count) return false;
+  return true;
+}
 
-  if (count == 2) {
-    out.shape = use == Use::kPrint ? Shape::kPrintLdexp : Shape::kScanLdexp;
-  } else if (letters[0] == 'c') {
-    out.shape = use == Use::kPrint ? Shape::kPrintChar : Shape::kScanChar;
-  } else if (IsIn(letters[0], kFloatingLetters)) {
-    out.shape = use == Use::kPrint ? Shape::kPrintDouble
-                : floatDestination ? Shape::kScanFloat
-                                   : Shape::kScanDouble;
-  } else if (IsIn(letters[0], "di")) {
-    out.shape = use == Use::kPrint ? Shape::kPrintSigned : Shape::kScanSigned;
-  } else {
-    out.shape = use == Use::kPrint ? Shape::kPrintUnsigned : Shape::kScanUnsigned;
+Shape ShapeOf(const Walk& walk, Use use, bool readsDouble) {
+  const bool print = use == Use::kPrint;
+  if (walk.values == 0) return print ? Shape::kPrintText : Shape::kScanText;
+  if (walk.values == 2) return print ? Shape::kPrintLdexp : Shape::kScanLdexp;
+  const char letter = walk.first.letter;
+  if (letter == 'c') return print ? Shape::kPrintChar : Shape::kScanChar;
+  if (IsIn(letter, kFloatingLetters)) {
+    return print ? Shape::kPrintDouble : readsDouble ? Shape::kScanDouble : Shape::kScanFloat;
   }
+  if (IsIn(letter, "di")) return print ? Shape::kPrintSigned : Shape::kScanSigned;
+  return print ? Shape::kPrintUnsigned : Shape::kScanUnsigned;
+}
+
+// Checks and rewrites `format`; false when it is refused. `floatRow`: a
+// floating scan without a modifier reads a float (o_float) rather than a
+// double. The mantissa of an "ldexp(" split is a double whatever the row.
+bool Rewrite(const char* format, const char* const* accepted, Use use, bool floatRow,
+             CheckedFormat& out) {
+  out.shape = Shape::kNone;
+  if (strnlen(format, kMaxFormat + 1) > kMaxFormat) return false;
+  Walk walk;
+  if (!WalkFormat(format, accepted, use, !floatRow, out, walk)) return false;
+  if (walk.values == 2 && floatRow && use == Use::kScan) {
+    walk = Walk{};
+    if (!WalkFormat(format, accepted, use, true, out, walk)) return false;
+  }
+  const Conversion& integer = walk.values == 2 ? walk.second : walk.first;
+  out.bytes = IntegerBytes(integer.modifier);
+  const bool readsDouble = !floatRow || walk.first.modifier != Modifier::kNone;
+  out.shape = ShapeOf(walk, use, readsDouble);
   return true;
 }
 
@@ -273,28 +363,33 @@ constexpr IntegerFamily kIntFamily = {4, kIntegerLetters, "%d", "%u"};
 constexpr IntegerFamily kO8BFamily = {8, kIntegerLetters, "%I64d", "%I64u"};
 constexpr const char* kFloatingDefault = "%.17g";
 
-// The caller's format, or the family's default when it is null or refused.
+// Printing: the caller's format, or the family's default when it is null or
+// refused. Scanning: the caller's format, the default when it is null, and
+// shape kNone (nothing is read) when it is refused.
 CheckedFormat CheckInteger(const char* format, const IntegerFamily& family, Use use) {
+  const char* const accepted[] = {family.accepted, nullptr};
   CheckedFormat f;
-  if (Rewrite(format, &family.accepted, 1, use, false, f)) return f;
+  if (format != nullptr) {
+    if (Rewrite(format, accepted, use, false, f)) return f;
+    if (use == Use::kScan) return CheckedFormat{};
+  }
   const char* fallback = NamesUnsigned(format) ? family.unsignedDefault : family.signedDefault;
-  if (!Rewrite(fallback, &family.accepted, 1, use, false, f)) {
+  if (!Rewrite(fallback, accepted, use, false, f)) {
     KAMO_assert("default print format refused", kSource, __LINE__);
   }
   return f;
 }
 
-CheckedFormat CheckFloating(const char* format, Use use, bool floatDestination) {
-  static constexpr const char* kPlain[] = {kFloatingLetters};
+CheckedFormat CheckFloating(const char* format, Use use, bool floatRow) {
+  static constexpr const char* kPlain[] = {kFloatingLetters, nullptr};
   static constexpr const char* kLdexp[] = {kFloatingLetters, kExponentLetters};
   CheckedFormat f;
-  const bool ldexp =
-      format != nullptr && std::strncmp(format, kLdexpPrefix, std::strlen(kLdexpPrefix)) == 0;
-  if (ldexp ? Rewrite(format, kLdexp, 2, use, floatDestination, f)
-            : Rewrite(format, kPlain, 1, use, floatDestination, f)) {
-    return f;
+  if (format != nullptr) {
+    const bool ldexp = std::strncmp(format, kLdexpPrefix, std::strlen(kLdexpPrefix)) == 0;
+    if (Rewrite(format, ldexp ? kLdexp : kPlain, use, floatRow, f)) return f;
+    if (use == Use::kScan) return CheckedFormat{};
   }
-  if (!Rewrite(kFloatingDefault, kPlain, 1, use, floatDestination, f)) {
+  if (!Rewrite(kFloatingDefault, kPlain, use, floatRow, f)) {
     KAMO_assert("default print format refused", kSource, __LINE__);
   }
   return f;
@@ -316,7 +411,11 @@ int Mismatch() {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
 
+int PrintText(char* out, size_t size, const CheckedFormat& f) {
+  return f.shape == Shape::kPrintText ? std::snprintf(out, size, f.text) : Mismatch();
+}
 int PrintChar(char* out, size_t size, const CheckedFormat& f, int c) {
   return f.shape == Shape::kPrintChar ? std::snprintf(out, size, f.text, c) : Mismatch();
 }
@@ -334,8 +433,9 @@ int PrintLdexp(char* out, size_t size, const CheckedFormat& f, double mantissa,
   return f.shape == Shape::kPrintLdexp ? std::snprintf(out, size, f.text, mantissa, exponent)
                                        : Mismatch();
 }
-int ScanChar(const char* text, const CheckedFormat& f, char* c) {
-  return f.shape == Shape::kScanChar ? std::sscanf(text, f.text, c) : Mismatch();
+// `chars` holds kMaxField + 1 bytes: a "%c" field is at most kMaxField wide.
+int ScanChars(const char* text, const CheckedFormat& f, char (&chars)[kMaxField + 1]) {
+  return f.shape == Shape::kScanChar ? std::sscanf(text, f.text, chars) : Mismatch();
 }
 int ScanSigned(const char* text, const CheckedFormat& f, long long* v) {
   return f.shape == Shape::kScanSigned ? std::sscanf(text, f.text, v) : Mismatch();
@@ -409,9 +509,14 @@ void StoreBits(void* p, unsigned bytes, uint64_t bits) {
   }
 }
 
+// The low `bytes` bytes of `bits` as a signed or an unsigned number of that
+// width: the value of a variable of that size, or of a conversion's type.
 long long SignExtend(uint64_t bits, unsigned bytes) {
   const unsigned shift = 64 - 8 * bytes;
   return static_cast<long long>(bits << shift) >> shift;
+}
+uint64_t ZeroExtend(uint64_t bits, unsigned bytes) {
+  return bytes >= 8 ? bits : bits & ((uint64_t{1} << (8 * bytes)) - 1);
 }
 
 // --- Text in and out -------------------------------------------------------------------
@@ -461,38 +566,62 @@ int NonPrintableByte(const char* text) {
 
 // --- Integer rows ------------------------------------------------------------------------
 
+// Prints an element of `rowBytes` bytes. The conversion's letter says how the
+// bits read (d and i signed, the others unsigned: the rows sharing a function
+// differ only there), and the value then passes through the type that the
+// conversion names, as printf converts a variable of the row's type: "%hd"
+// prints the low 16 bits of an o_4b, "%lld" the whole o_2b sign-extended.
+int PrintBits(char* text, size_t size, const CheckedFormat& f, uint64_t bits, unsigned rowBytes) {
+  const unsigned bytes = rowBytes < f.bytes ? rowBytes : f.bytes;
+  switch (f.shape) {
+    case Shape::kPrintText:
+      return PrintText(text, size, f);
+    case Shape::kPrintChar:
+      return PrintChar(text, size, f, static_cast<unsigned char>(bits));
+    case Shape::kPrintSigned:
+      return PrintSigned(text, size, f, SignExtend(bits, bytes));
+    case Shape::kPrintUnsigned:
+      return PrintUnsigned(text, size, f, ZeroExtend(bits, bytes));
+    default:
+      return Mismatch();
+  }
+}
+
 KaString& PrintInteger(KaString& out, const void* values, const char* format,
                        const IntegerFamily& family) {
   if (values == nullptr) return out;
   const CheckedFormat f = CheckInteger(format, family, Use::kPrint);
-  const uint64_t bits = LoadBits(values, family.bytes);
   char text[kTextSize];
-  const int n = f.shape == Shape::kPrintSigned
-                    ? PrintSigned(text, sizeof text, f, SignExtend(bits, family.bytes))
-                    : PrintUnsigned(text, sizeof text, f, bits);
+  const int n = PrintBits(text, sizeof text, f, LoadBits(values, family.bytes), family.bytes);
   return Assign(out, text, n);
 }
 
-// Reads into a 64-bit number in the signedness the conversion names; true
-// when sscanf stored it.
+// Reads a number through the type that the conversion names (sscanf's
+// storing into that type: modulo 2^width), and answers it sign- or
+// zero-extended from there, as assigning that type to the row's type would.
+// The caller stores the low bytes only, so no write passes the element.
+// True when sscanf stored a number.
 bool ScanNumber(const char* text, const CheckedFormat& f, uint64_t& bits) {
   if (f.shape == Shape::kScanSigned) {
     long long v = 0;
     if (ScanSigned(text, f, &v) != 1) return false;
-    bits = static_cast<uint64_t>(v);
+    bits = static_cast<uint64_t>(SignExtend(static_cast<uint64_t>(v), f.bytes));
     return true;
   }
-  unsigned long long v = 0;
-  if (ScanUnsigned(text, f, &v) != 1) return false;
-  bits = v;
-  return true;
+  if (f.shape == Shape::kScanUnsigned) {
+    unsigned long long v = 0;
+    if (ScanUnsigned(text, f, &v) != 1) return false;
+    bits = ZeroExtend(v, f.bytes);
+    return true;
+  }
+  return false;  // a refused format or one without a value conversion
 }
 
 void* ScanInteger(void* values, KaString& text, const char* format, const IntegerFamily& family) {
   if (values == nullptr) return nullptr;
+  const CheckedFormat f = CheckInteger(format, family, Use::kScan);
   KaString narrow;
   const char* s = TextToScan(text, narrow);
-  const CheckedFormat f = CheckInteger(format, family, Use::kScan);
   uint64_t bits = 0;
   if (ScanNumber(s, f, bits)) StoreBits(values, family.bytes, bits);
   return values;
@@ -517,7 +646,11 @@ KaString& PrintFloating(KaString& out, double value, const char* format) {
   if (f.shape == Shape::kPrintLdexp) {
     int exponent = 0;
     const double mantissa = std::frexp(value, &exponent);
-    n = PrintLdexp(text, sizeof text, f, mantissa, static_cast<long long>(exponent));
+    // The exponent passes through the type its conversion names, as an int would.
+    n = PrintLdexp(text, sizeof text, f, mantissa,
+                   SignExtend(static_cast<uint64_t>(exponent), f.bytes));
+  } else if (f.shape == Shape::kPrintText) {
+    n = PrintText(text, sizeof text, f);
   } else {
     n = PrintDouble(text, sizeof text, f, value);
   }
@@ -563,9 +696,17 @@ void StoreFloating(void* values, double value) {
   std::memcpy(values, &v, sizeof v);
 }
 
+// A floating conversion reads into the type it names: float without a
+// modifier on o_float, double with "l" or "L" (that runtime's long double is
+// a double), and the result is then rounded to the row's type. Without a
+// modifier o_double reads a double too: the rows' shared default "%.17g" is
+// handed to the scan, and must read a double back.
 template <typename T>
 void* ScanFloating(void* values, KaString& text, const char* format) {
   if (values == nullptr) return nullptr;
+  constexpr bool kIntoFloat = std::is_same_v<T, float>;
+  const CheckedFormat f = CheckFloating(format, Use::kScan, kIntoFloat);
+  if (f.shape == Shape::kNone) return values;  // refused: reads nothing
   KaString narrow;
   const char* s = TextToScan(text, narrow);
   double special = 0;
@@ -573,24 +714,23 @@ void* ScanFloating(void* values, KaString& text, const char* format) {
     StoreFloating<T>(values, special);
     return values;
   }
-  constexpr bool kIntoFloat = std::is_same_v<T, float>;
-  const CheckedFormat f = CheckFloating(format, Use::kScan, kIntoFloat);
   if (f.shape == Shape::kScanLdexp) {
     double mantissa = 0;
     long long exponent = 0;
     if (ScanLdexp(s, f, &mantissa, &exponent) == 2) {
+      exponent = SignExtend(static_cast<uint64_t>(exponent), f.bytes);
       // Far beyond every finite result, and small enough for ldexp's int.
       constexpr long long kExponentBound = 100000;
       if (exponent > kExponentBound) exponent = kExponentBound;
       if (exponent < -kExponentBound) exponent = -kExponentBound;
       StoreFloating<T>(values, std::ldexp(mantissa, static_cast<int>(exponent)));
     }
-  } else if constexpr (kIntoFloat) {
+  } else if (f.shape == Shape::kScanFloat) {
     float v = 0;
-    if (ScanFloat(s, f, &v) == 1) std::memcpy(values, &v, sizeof v);
-  } else {
+    if (ScanFloat(s, f, &v) == 1) StoreFloating<T>(values, v);
+  } else if (f.shape == Shape::kScanDouble) {
     double v = 0;
-    if (ScanDouble(s, f, &v) == 1) std::memcpy(values, &v, sizeof v);
+    if (ScanDouble(s, f, &v) == 1) StoreFloating<T>(values, v);
   }
   return values;
 }
@@ -643,12 +783,8 @@ KaString& CharPrintToKaString(KaString& out, void* values, const char* format, u
     int n;
     if (!IsPrintable(byte)) {
       n = std::snprintf(piece, sizeof piece, "0x%02x", static_cast<unsigned int>(byte));
-    } else if (f.shape == Shape::kPrintChar) {
-      n = PrintChar(piece, sizeof piece, f, byte);
-    } else if (f.shape == Shape::kPrintSigned) {
-      n = PrintSigned(piece, sizeof piece, f, static_cast<signed char>(byte));
     } else {
-      n = PrintUnsigned(piece, sizeof piece, f, byte);
+      n = PrintBits(piece, sizeof piece, f, byte, 1);
     }
     if (n > 0) {
       const unsigned short before = text.Len();
@@ -695,6 +831,8 @@ KaString& DoublePrintToKaString(KaString& out, void* values, const char* format,
 
 void* CharScanFromKaString(void* values, KaString& text, const char* format, unsigned int) {
   if (values == nullptr) return nullptr;
+  const CheckedFormat f = CheckInteger(format, kByteFamily, Use::kScan);
+  if (f.shape == Shape::kNone) return values;  // refused: reads nothing
   KaString narrow;
   const char* s = TextToScan(text, narrow);
   const int byte = NonPrintableByte(s);
@@ -702,10 +840,10 @@ void* CharScanFromKaString(void* values, KaString& text, const char* format, uns
     StoreBits(values, 1, static_cast<uint64_t>(byte));
     return values;
   }
-  const CheckedFormat f = CheckInteger(format, kByteFamily, Use::kScan);
   if (f.shape == Shape::kScanChar) {
-    char c = 0;
-    if (ScanChar(s, f, &c) == 1) std::memcpy(values, &c, 1);
+    // "%5c" reads five characters, as sscanf does; the element keeps the first.
+    char chars[kMaxField + 1];
+    if (ScanChars(s, f, chars) == 1) std::memcpy(values, chars, 1);
   } else {
     uint64_t bits = 0;
     if (ScanNumber(s, f, bits)) StoreBits(values, 1, bits);
