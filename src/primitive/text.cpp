@@ -745,6 +745,13 @@ KaTypeConvertData* ConvertToStrings(void* values, unsigned int count, size_t ele
   auto* bytes = static_cast<unsigned char*>(values);
   for (unsigned int i = 0; i < count; ++i) {
     print(strings[i], bytes + size_t{i} * elementSize, format, 1);
+    // Every primitive value has a text of at least one character; an empty
+    // one means the string could not get its memory (the handler has been
+    // told). Half an array of texts would read back as other values: none.
+    if (strings[i].Len() == 0) {
+      ka::DeleteStringArray(strings);
+      return nullptr;
+    }
   }
   KaTypeConvertData* holder = KaTypeConvertData::Make(KaSTRING_T, count, strings, nullptr);
   if (holder == nullptr) ka::DeleteStringArray(strings);
