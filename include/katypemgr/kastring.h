@@ -62,7 +62,8 @@ class KaString {
   // unit, so the terminator is the buffer's last unit and the length follows
   // from the size.
   unsigned short Len() const {
-    return buffer_ == nullptr ? 0 : static_cast<unsigned short>(size_ / UnitWidth() - 1);
+    // A shift, not a division: this runs in every edit and search.
+    return buffer_ == nullptr ? 0 : static_cast<unsigned short>((size_ >> (UnitWidth() - 1)) - 1);
   }
   bool IsEmpty() const;
   bool operator!() const { return IsEmpty(); }
@@ -231,14 +232,30 @@ class KaString {
   }
   int FindUnits(const KaString& s, unsigned short start, unsigned short end) const;
   int FindWideChar(char c, unsigned short start, unsigned short end) const;
-  void Adopt(unsigned char* buffer, unsigned short size);
-  void EndAtFirstZero(size_t from);
+  bool AppendInPlace(const unsigned char* text, unsigned short position, unsigned short count);
+  bool EditInPlace(const unsigned char* source, size_t sourceAt, size_t p, size_t run,
+                   unsigned short repeat, EditMode mode, size_t newSize);
+  void Rebuild(const unsigned char* source, size_t sourceAt, size_t p, size_t run,
+               unsigned short repeat, EditMode mode, size_t newSize, bool truncated);
+  bool Reserve(size_t bytes);
+  void Adopt(unsigned char* buffer, unsigned short size, unsigned short capacity);
+  void EndAtFirstZero(size_t from, size_t to);
+  void AppendText(const char* text, size_t n);
+  void AppendUnits(const void* text, unsigned char codeSet, size_t count);
+  void AppendUnit(unsigned short unit, unsigned char codeSet);
+  void SetUnits(const void* text, unsigned char codeSet, size_t count);
   void SetFromText(const char* text, unsigned char codeSet, unsigned char language);
+  void AssignUnits(const void* text, unsigned char codeSet, unsigned char language,
+                   unsigned short count);
 
   unsigned char* buffer_ = nullptr;
   unsigned short size_ = 0;
   unsigned char codeSet_ = 0;
   unsigned char language_ = 0;
+  // Bytes allocated for the buffer (0 without one): at least size_, so that
+  // edits grow geometrically instead of reallocating each time. Nothing
+  // outside the edit routine sees it; it sits in what was padding.
+  unsigned short capacity_ = 0;
 };
 static_assert(sizeof(KaString) == 16, "the string row's memory length");
 
@@ -284,6 +301,9 @@ class KaChar {
 
  private:
   KaChar MapCase(KaStringIterator* it, bool upper) const;
+  // An iterator hands out the characters of its text with the text's own code
+  // set and language, which the constructors would read as defaults when 255.
+  friend class KaStringIterator;
 
   const char* position_ = nullptr;
   unsigned short unit_ = 0;
