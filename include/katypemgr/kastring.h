@@ -21,6 +21,7 @@
 #include <string_view>
 
 #include "kai18n/codeset.h"
+#include "kai18n/langctx.h"
 
 class KaChar;
 class KaCharOperation;
@@ -90,7 +91,21 @@ class KaString {
   KaString& operator<<(double value);
   KaString& operator<<(long long value);
   KaString& operator<<(unsigned long long value);
-  KaString& operator<<(const char* text);
+  // Text in the default 8-bit code set. Inline: building text piece by piece
+  // is mostly appending short literals to a buffer with room for them.
+  KaString& operator<<(const char* text) {
+    if (text == nullptr) return *this;
+    const size_t n = std::strlen(text);
+    if (buffer_ != nullptr && codeSet_ <= 224 && size_ + n <= capacity_ &&
+        codeSet_ == KaLanguageContext::GetDefault8BitCodeSet()) {
+      // A text inside this buffer ends at its terminator: no overlap.
+      std::memcpy(buffer_ + size_ - 1, text, n);
+      buffer_[size_ - 1 + n] = 0;
+      size_ = static_cast<unsigned short>(size_ + n);
+      return *this;
+    }
+    return AppendSlow(text, n);
+  }
   KaString& operator<<(const unsigned short* text);
   KaString& operator+=(const KaString& s) { return *this << s; }
 
@@ -241,6 +256,7 @@ class KaString {
   void Adopt(unsigned char* buffer, unsigned short size, unsigned short capacity);
   void EndAtFirstZero(size_t from, size_t to);
   void AppendText(const char* text, size_t n);
+  KaString& AppendSlow(const char* text, size_t n);
   void AppendUnits(const void* text, unsigned char codeSet, size_t count);
   void AppendUnit(unsigned short unit, unsigned char codeSet);
   void SetUnits(const void* text, unsigned char codeSet, size_t count);

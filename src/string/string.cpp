@@ -335,8 +335,8 @@ void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsign
 // The most common edit, appending text of the own code set that fits the
 // buffer already held, without the general size rules. One memmove: the text
 // may be this string's own. False when the general path must do it.
-bool KaString::AppendInPlace(const unsigned char* text, unsigned short position,
-                             unsigned short count) {
+inline bool KaString::AppendInPlace(const unsigned char* text, unsigned short position,
+                                    unsigned short count) {
   const unsigned w = UnitWidth();
   const size_t len = Len();
   if (buffer_ == nullptr || position < len) return false;
@@ -353,8 +353,9 @@ bool KaString::AppendInPlace(const unsigned char* text, unsigned short position,
 
 // The edit in the string's own buffer, grown geometrically when the result
 // does not fit. False, with the string unchanged, when memory is short.
-bool KaString::EditInPlace(const unsigned char* source, size_t sourceAt, size_t p, size_t run,
-                           unsigned short repeat, EditMode mode, size_t newSize) {
+inline bool KaString::EditInPlace(const unsigned char* source, size_t sourceAt, size_t p,
+                                  size_t run, unsigned short repeat, EditMode mode,
+                                  size_t newSize) {
   const unsigned w = UnitWidth();
   const size_t oldSize = size_;
   const auto offset = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(source) -
@@ -404,7 +405,7 @@ void KaString::Rebuild(const unsigned char* source, size_t sourceAt, size_t p, s
 }
 
 // Room for `bytes` bytes, keeping the text; false when memory is short.
-bool KaString::Reserve(size_t bytes) {
+inline bool KaString::Reserve(size_t bytes) {
   const size_t capacity = CapacityFor(bytes, capacity_);
   for (int attempt = 0; attempt < 2; ++attempt) {
     if (auto* grown = static_cast<unsigned char*>(std::realloc(buffer_, capacity))) {
@@ -417,7 +418,7 @@ bool KaString::Reserve(size_t bytes) {
   return false;
 }
 
-void KaString::EndAtFirstZero(size_t from, size_t to) {
+inline void KaString::EndAtFirstZero(size_t from, size_t to) {
   // A text ends at its first zero unit. Keeping the size at that unit (a run
   // taken from counted source units may hold a zero) lets Len() read the
   // length off the size instead of scanning. Only the bytes an edit wrote
@@ -451,7 +452,7 @@ void KaString::EndAtFirstZero(size_t from, size_t to) {
   }
 }
 
-void KaString::Adopt(unsigned char* buffer, unsigned short size, unsigned short capacity) {
+inline void KaString::Adopt(unsigned char* buffer, unsigned short size, unsigned short capacity) {
   std::free(buffer_);
   buffer_ = buffer;
   size_ = size;
@@ -721,8 +722,8 @@ KaString& KaString::operator<<(unsigned long long value) {
   return *this;
 }
 
-KaString& KaString::operator<<(const char* text) {
-  if (text != nullptr) AppendText(text, TextLength(text));
+KaString& KaString::AppendSlow(const char* text, size_t n) {
+  AppendText(text, std::min<size_t>(n, kToEnd));
   return *this;
 }
 
