@@ -406,6 +406,11 @@ TEST_F(StringTest, FindsWithinTheRange) {
   EXPECT_EQ(-1, s.Find(KaString("abc"), 1, 5)) << "must end before the end position";
   EXPECT_EQ(3, s.Find(KaString("abc"), 1, 6));
   EXPECT_EQ(2, s.Find(KaString(""), 2));
+  EXPECT_EQ(0, KaString().Find(KaString(""))) << "the empty text holds the empty needle";
+  EXPECT_EQ(-1, KaString().Find(KaString(""), 1));
+  EXPECT_EQ(-1, KaString().Find('a'));
+  EXPECT_EQ(8, s.Find(KaString(""), 8)) << "at the very end";
+  EXPECT_EQ(-1, s.Find(KaString(""), 9));
   EXPECT_EQ(-1, s.Find(KaString("a"), 60000));
   EXPECT_EQ(5, s.Find('c', 3));
   EXPECT_EQ(6, s.SubStringPos(KaString("ab"), 4));

@@ -3,11 +3,14 @@
 //
 // The unit width follows from the code set: 2 above 224, else 1. The buffer is
 // owned exclusively, zero-terminated, at most 65532 bytes (terminator
-// included); a null buffer is the empty string. Every operation that changes
-// the text goes through EditUnits, which converts between code sets, enforces
-// the 65532-byte limit (cutting the text and, when "stringOverflow" in section
+// included); a null buffer is the empty string. Size() counts the text and its
+// terminator only: the allocation may be larger, so that a text built piece by
+// piece is not reallocated at every edit. Every operation that changes the
+// text goes through EditUnits, which converts between code sets, enforces the
+// 65532-byte limit (cutting the text and, when "stringOverflow" in section
 // "debug" of the default configuration is non-zero, reporting "String
-// overflow") and owns the buffer's life.
+// overflow") and owns the buffer's life; only appending text of the string's
+// own code set into room it already has skips it, having nothing to decide.
 //
 // Positions and counts are in code units; a count of 65535 means "to the end".
 // A position past the end is taken as the end. Nothing here throws; a failed
@@ -226,23 +229,28 @@ class KaString {
 
  private:
   // Search in 1-byte text of one code set: inline, since it runs per key.
-  // The length of 1-byte text is its size less the terminator.
+  // The length of 1-byte text is its size less the terminator; without a
+  // buffer (size 0) that is -1, which every start is past: signed arithmetic
+  // spares a branch.
   int FindBytes(const KaString& s, unsigned short start, unsigned short end) const {
-    const size_t len = size_ != 0 ? size_ - 1u : 0;
-    const size_t stop = end < len ? end : len;
-    const size_t n = s.size_ != 0 ? s.size_ - 1u : 0;
-    if (start > stop || n > stop - start) return -1;
+    const int len = static_cast<int>(size_) - 1;
+    const int stop = end < len ? end : len;
+    const int n = s.size_ != 0 ? static_cast<int>(s.size_) - 1 : 0;
+    if (start > stop - n) {
+      // Past the end, but an empty text still holds the empty needle at 0.
+      return n == 0 && start == 0 && stop < 0 ? 0 : -1;
+    }
     if (n == 0) return start;
-    const std::string_view hay(reinterpret_cast<const char*>(buffer_), stop);
-    const size_t at =
-        hay.find(std::string_view(reinterpret_cast<const char*>(s.buffer_), n), start);
+    const std::string_view hay(reinterpret_cast<const char*>(buffer_), static_cast<size_t>(stop));
+    const size_t at = hay.find(
+        std::string_view(reinterpret_cast<const char*>(s.buffer_), static_cast<size_t>(n)), start);
     return at == std::string_view::npos ? -1 : static_cast<int>(at);
   }
   int FindByte(unsigned char c, unsigned short start, unsigned short end) const {
-    const size_t len = size_ != 0 ? size_ - 1u : 0;
-    const size_t stop = end < len ? end : len;
+    const int len = static_cast<int>(size_) - 1;
+    const int stop = end < len ? end : len;
     if (c == 0 || start >= stop) return -1;
-    const void* at = std::memchr(buffer_ + start, c, stop - start);
+    const void* at = std::memchr(buffer_ + start, c, static_cast<size_t>(stop - start));
     return at == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(at) - buffer_);
   }
   int FindUnits(const KaString& s, unsigned short start, unsigned short end) const;
