@@ -358,11 +358,12 @@ inline bool KaString::EditInPlace(const unsigned char* source, size_t sourceAt, 
                                   size_t newSize) {
   const unsigned w = UnitWidth();
   const size_t oldSize = size_;
-  const auto offset = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(source) -
+  const unsigned char* taken = source != nullptr ? source + sourceAt : nullptr;
+  const auto offset = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(taken) -
                                              reinterpret_cast<uintptr_t>(buffer_));
-  const bool own = buffer_ != nullptr && source != nullptr && offset >= 0 && offset < capacity_;
+  const bool own = buffer_ != nullptr && taken != nullptr && offset >= 0 && offset < capacity_;
   if (newSize > capacity_ && !Reserve(newSize)) return false;
-  if (own) source = buffer_ + offset;  // the buffer may have moved
+  if (own) taken = buffer_ + offset;  // the buffer may have moved
   unsigned char* b = buffer_;
   const size_t runs = run * repeat;
   // The kept tail moves first, to where it ends up, terminator included.
@@ -372,7 +373,7 @@ inline bool KaString::EditInPlace(const unsigned char* source, size_t sourceAt, 
     std::memmove(b + p + runs, b + p, oldSize - p);
   }
   for (unsigned r = 0; r < repeat && run > 0; ++r) {
-    std::memmove(b + p + r * run, source + sourceAt, run);
+    std::memmove(b + p + r * run, taken, run);
   }
   const bool tailKept =
       (mode == kOverwrite && oldSize > p + run) || (mode == kInsert && oldSize != 0);
