@@ -1,7 +1,8 @@
-// KaString's search and append on short text beside std::string doing the
+// KaString's search and edits on short text beside std::string doing the
 // same work on the same bytes.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <string>
 
 #include "katypemgr/kastring.h"
@@ -68,8 +69,8 @@ void BM_SubStringPos_Std(benchmark::State& state) {
   }
 }
 
-// Building a short text piece by piece: each append rebuilds the buffer in
-// KaString (one allocation per edit), std::string grows geometrically.
+// Building a short text piece by piece: both grow their buffers
+// geometrically, so most appends copy only the new text.
 void BM_Append_Ka(benchmark::State& state) {
   for (auto _ : state) {
     KaString s("Name: ");
@@ -87,6 +88,61 @@ void BM_Append_Std(benchmark::State& state) {
   }
 }
 
+// Filling in an address: three insertions into a text that starts too short
+// for the result.
+void BM_Insert_Ka(benchmark::State& state) {
+  const KaString zip("8001 ");
+  const KaString country(", Schweiz");
+  const KaString phone("; Tel. 044 123 45 67");
+  for (auto _ : state) {
+    KaString s("Hauptstrasse 12, Zuerich");
+    s.Insert(zip, 17);
+    s.Insert(country, 29);
+    s.Insert(phone, 38);
+    benchmark::DoNotOptimize(s.StrGet());
+  }
+}
+
+void BM_Insert_Std(benchmark::State& state) {
+  const std::string zip("8001 ");
+  const std::string country(", Schweiz");
+  const std::string phone("; Tel. 044 123 45 67");
+  for (auto _ : state) {
+    std::string s("Hauptstrasse 12, Zuerich");
+    s.insert(17, zip);
+    s.insert(29, country);
+    s.insert(38, phone);
+    benchmark::DoNotOptimize(s.data());
+  }
+}
+
+// Overwriting runs in place, the last one past the end (which grows the text).
+void BM_Replace_Ka(benchmark::State& state) {
+  const KaString street("Bahnhof");
+  const KaString zip("8002");
+  const KaString tail("67 (Zentrale)");
+  for (auto _ : state) {
+    KaString s(kText);
+    s.Replace(street, 0);
+    s.Replace(zip, 17);
+    s.Replace(tail, 56);
+    benchmark::DoNotOptimize(s.StrGet());
+  }
+}
+
+void BM_Replace_Std(benchmark::State& state) {
+  const std::string street("Bahnhof");
+  const std::string zip("8002");
+  const std::string tail("67 (Zentrale)");
+  for (auto _ : state) {
+    std::string s(kText);
+    s.replace(0, street.size(), street);
+    s.replace(17, zip.size(), zip);
+    s.replace(56, std::min(tail.size(), s.size() - 56), tail);
+    benchmark::DoNotOptimize(s.data());
+  }
+}
+
 }  // namespace
 
 BENCHMARK(BM_Find_Ka);
@@ -97,3 +153,7 @@ BENCHMARK(BM_SubStringPos_Ka);
 BENCHMARK(BM_SubStringPos_Std);
 BENCHMARK(BM_Append_Ka);
 BENCHMARK(BM_Append_Std);
+BENCHMARK(BM_Insert_Ka);
+BENCHMARK(BM_Insert_Std);
+BENCHMARK(BM_Replace_Ka);
+BENCHMARK(BM_Replace_Std);

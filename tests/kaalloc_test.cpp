@@ -228,24 +228,6 @@ struct AllocCase {
   bool perKey = false;  // compare, hash, store, load: must not allocate at all
 };
 
-// Operations that still lose part of a value when memory runs out, because a
-// failed string edit gives its caller no sign: a failed element text is
-// indistinguishable from an empty one. Each must still fail here; a fixed one
-// is taken off the list.
-// (The character rows print an array as one text, which is safe.)
-constexpr std::string_view kKnownFaults[] = {"ConvertTo", "ConvertToKaStringOld",
-                                             "ConvertFromKaStringOld", "PrintArray"};
-
-bool IsKnownFault(const std::string& name) {
-  for (std::string_view fault : kKnownFaults) {
-    if (name.size() > fault.size() && name.ends_with(fault) &&
-        name[name.size() - fault.size() - 1] == ' ') {
-      return fault != "PrintArray" || !(name.starts_with("row 0 ") || name.starts_with("row 10 "));
-    }
-  }
-  return false;
-}
-
 // The exhaustive loop of one case in one failure mode: the first fault found,
 // or an empty text.
 std::string FirstFault(const AllocCase& c, bool persistent) {
@@ -272,16 +254,8 @@ std::string FirstFault(const AllocCase& c, bool persistent) {
 }
 
 void Exhaust(const AllocCase& c, bool persistent) {
-  const std::string fault = FirstFault(c, persistent);
   const char* mode = persistent ? " (every allocation from N on fails)" : " (N-th fails)";
-  if (IsKnownFault(c.name)) {
-    // Persistent failures may leave nothing at all, which is fine.
-    if (!persistent) {
-      EXPECT_NE("", fault) << c.name << ": fixed, take it off the known faults";
-    }
-  } else {
-    EXPECT_EQ("", fault) << c.name << mode;
-  }
+  EXPECT_EQ("", FirstFault(c, persistent)) << c.name << mode;
 }
 
 // --- The type manager's rows -----------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "kabase/assert.h"
@@ -120,6 +121,20 @@ TEST_F(Hooks, FailedMallocCallsTheHandlerAndRetriesOnlyWhenTold) {
   EXPECT_EQ((std::vector<size_t>{SIZE_MAX / 2, SIZE_MAX / 2}), g_shortages);
   void* p = KaMalloc(16);
   EXPECT_NE(nullptr, p);
+  std::free(p);
+}
+
+// The count tells an operation whether memory ran short while it ran, in its
+// own thread only: another thread's shortage must not read as its own.
+TEST_F(Hooks, ShortagesAreCountedPerThread) {
+  const unsigned long before = KaMemoryShortageCount();
+  EXPECT_EQ(nullptr, KaMalloc(SIZE_MAX / 2));
+  EXPECT_EQ(before + 1, KaMemoryShortageCount());
+  std::thread other([] { KaCallMemoryHandler(8); });
+  other.join();
+  EXPECT_EQ(before + 1, KaMemoryShortageCount());
+  void* p = KaMalloc(16);
+  EXPECT_EQ(before + 1, KaMemoryShortageCount()) << "a successful allocation is no shortage";
   std::free(p);
 }
 

@@ -2,8 +2,10 @@
 #include "katypemgr/kastring.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -199,6 +201,198 @@ TEST_F(StringTest, EditingAStringWithItself) {
   EXPECT_EQ("aababbaa", Text(s));
 }
 
+// Text taken from the string's own buffer must be read before the buffer is
+// released or shifted; the strings are longer than a heap block's header, so
+// a read of freed memory shows as wrong text even without a sanitizer.
+TEST_F(StringTest, AssigningAndEditingFromItsOwnBuffer) {
+  const char* kAlphabet = "0123456789abcdefghijklmnopqrstuvwxyz";
+  KaString s(kAlphabet);
+  s = s.StrGet() + 2;
+  EXPECT_EQ(kAlphabet + 2, Text(s));
+
+  KaString w = Wide(u"0123456789abcdefghijklmnopqrstuvwxyz");
+  w = reinterpret_cast<const unsigned short*>(w.StrGet()) + 3;
+  EXPECT_EQ(UnitsOf(Wide(u"3456789abcdefghijklmnopqrstuvwxyz")), UnitsOf(w));
+
+  // The buffer has room to spare after the cut, so these edit in place.
+  KaString t(kAlphabet);
+  t.Cut(10, 65535);
+  t << t.StrGet() + 4;
+  EXPECT_EQ("0123456789456789", Text(t));
+  t.Insert(t, 2);
+  EXPECT_EQ("01012345678945678923456789456789", Text(t));
+  t.Cut(6, 65535);
+  t.Replace(t, 3);
+  EXPECT_EQ("010010123", Text(t));
+  EXPECT_EQ(10, t.Size());
+}
+
+// Many edits on one string against std::string doing the same: the spare
+// room behind the text must never show (size, terminator, content).
+TEST_F(StringTest, EditSequencesAgreeWithStdString) {
+  for (const bool wide : {false, true}) {
+    SCOPED_TRACE(wide ? "2-byte" : "1-byte");
+    KaString s = wide ? Wide(u"") : KaString("");
+    std::u16string model;
+    uint32_t seed = 12345;
+    auto next = [&seed](uint32_t bound) {
+      seed = seed * 1103515245u + 12345u;
+      return (seed >> 8) % bound;
+    };
+    for (int step = 0; step < 3000; ++step) {
+      std::u16string piece(next(12), u'a');
+      for (char16_t& c : piece) c = static_cast<char16_t>(wide ? 0x3B1 + next(20) : 'a' + next(26));
+      std::vector<unsigned short> units(piece.begin(), piece.end());
+      units.push_back(0);
+      KaString ka = wide ? KaString(units.data()) : KaString("");
+      if (!wide) {
+        for (char16_t c : piece) ka << static_cast<char>(c);
+      }
+      const size_t len = model.size();
+      const auto pos = static_cast<unsigned short>(next(static_cast<uint32_t>(len) + 3));
+      switch (next(6)) {
+        case 0:
+          s << ka;
+          model += piece;
+          break;
+        case 1:
+          s.Insert(ka, pos);
+          model.insert(std::min<size_t>(pos, len), piece);
+          break;
+        case 2:
+          s.Replace(ka, pos);
+          model.replace(std::min<size_t>(pos, len), piece.size(), piece);
+          break;
+        case 3: {
+          const auto n = static_cast<unsigned short>(next(8));
+          s.Cut(pos, n);
+          if (pos < len) model.erase(pos, n);
+          break;
+        }
+        case 4:
+          if (len < 200) {
+            s << s;
+            model += model;
+          }
+          break;
+        default:
+          s = s.Copy(0, pos);
+          model.resize(std::min<size_t>(pos, len));
+          break;
+      }
+      ASSERT_EQ(std::vector<unsigned short>(model.begin(), model.end()), UnitsOf(s))
+          << "step " << step;
+      ASSERT_EQ(model.empty() ? 0u : (model.size() + 1) * s.UnitWidth(), s.Size());
+      ASSERT_EQ(model.empty(), s.StrGet() == nullptr);
+      if (!model.empty()) {
+        ASSERT_EQ(0, s.UnitAt(static_cast<unsigned short>(model.size()))) << "terminated";
+      }
+    }
+  }
+}
+
+TEST_F(StringTest, AnUnknownEditModeLeavesTheStringAsItWas) {
+  for (const unsigned char mode : {0, 4, 200}) {
+    SCOPED_TRACE(static_cast<int>(mode));
+    KaString s("abc");
+    s.EditUnits("xyz", s.CodeSet(), 1, 0, 3, 1, static_cast<KaString::EditMode>(mode));
+    EXPECT_EQ("abc", Text(s));
+    EXPECT_EQ(4, s.Size());
+  }
+}
+
+// A result past the limit is cut like every other edit's, and the answer is
+// the number of occurrences.
+TEST_F(StringTest, ReplaceAllPastTheLimitCutsTheResult) {
+  KaString s = Long(false, 300);
+  KaString to;
+  to.Fill(300, 'y');
+  EXPECT_EQ(300, s.ReplaceAll(KaString("x"), to));
+  EXPECT_EQ(KaString::kMaxSize, s.Size());
+  EXPECT_EQ(65531, s.Len());
+  EXPECT_EQ(-1, s.Find('x')) << "only replacements survive the cut";
+  EXPECT_EQ(1u, g_reports.size());
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+#define KA_TEST_UNDER_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KA_TEST_UNDER_ASAN 1
+#endif
+#endif
+
+// Every unit of a full-size text replaced by a full-size text would be four
+// gigabytes uncut. Under an address-space limit of a few hundred megabytes the
+// edit must still succeed (the sanitizer's shadow memory cannot live under
+// such a limit, so this runs without it).
+TEST_F(StringTest, ReplaceAllNeverBuildsBeyondTheLimit) {
+#ifdef KA_TEST_UNDER_ASAN
+  GTEST_SKIP() << "an address-space limit and the address sanitizer do not mix";
+#else
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        DefaultConfig().SetInt("debug", "stringOverflow", 0);
+        KaString s = Long(false, 65531);
+        KaString to;
+        to.Fill(65531, 'y');
+        rlimit limit{};
+        getrlimit(RLIMIT_AS, &limit);
+        // Room for the process as it is and some megabytes, far from 4 GB.
+        long pages = 0;
+        if (FILE* f = std::fopen("/proc/self/statm", "r")) {
+          if (std::fscanf(f, "%ld", &pages) != 1) pages = 0;
+          std::fclose(f);
+        }
+        limit.rlim_cur = static_cast<rlim_t>(pages) * 4096 + (256u << 20);
+        setrlimit(RLIMIT_AS, &limit);
+        const int replaced = s.ReplaceAll(KaString("x"), to);
+        const bool ok = replaced == 65531 && s.Len() == 65531 && s.Find('x') < 0;
+        std::exit(ok ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+#endif
+}
+
+struct CaseSetCase {
+  unsigned char codeSet;
+  const char16_t* upper;  // "abcd" through ToUpper
+  const char* why;
+};
+const CaseSetCase kCaseSetCases[] = {
+    {1, u"ABCD", "8-bit set with a table"},
+    {100, u"abcd", "1-byte set without a table: unchanged"},
+    {253, u"ABCD", "Unicode"},
+    {240, u"abcd", "2-byte set without a table: unchanged"},
+    {255, u"abcd", "255 is a 2-byte set of its own, not the default 8-bit set"},
+};
+
+TEST_F(StringTest, CaseMappingsWriteTheStringsOwnCodeSet) {
+  for (const CaseSetCase& c : kCaseSetCases) {
+    SCOPED_TRACE(c.why);
+    KaString s(c.codeSet, static_cast<unsigned char>(0));
+    for (const char* p = "abcd"; *p != 0; ++p) {
+      if (c.codeSet > 224) {
+        s << static_cast<unsigned short>(*p);
+      } else {
+        s << *p;
+      }
+    }
+    ASSERT_EQ(4, s.Len());
+    const std::u16string expected(c.upper);
+    s.ToUpper();
+    EXPECT_EQ(Units(expected.begin(), expected.end()), UnitsOf(s));
+    EXPECT_EQ(5 * s.UnitWidth(), s.Size());
+    EXPECT_EQ(c.codeSet, s.CodeSet());
+    s.ToLower();
+    EXPECT_EQ((Units{'a', 'b', 'c', 'd'}), UnitsOf(s));
+    KaCharToUpper upper;
+    s.Transform(upper);
+    EXPECT_EQ(Units(expected.begin(), expected.end()), UnitsOf(s)) << "Transform";
+  }
+}
+
 TEST_F(StringTest, WideStringsEditByUnits) {
   KaString s = Wide(u"\u03b1\u03b2\u03b3\u03b4");
   s.Cut(1, 2);
@@ -212,6 +406,11 @@ TEST_F(StringTest, FindsWithinTheRange) {
   EXPECT_EQ(-1, s.Find(KaString("abc"), 1, 5)) << "must end before the end position";
   EXPECT_EQ(3, s.Find(KaString("abc"), 1, 6));
   EXPECT_EQ(2, s.Find(KaString(""), 2));
+  EXPECT_EQ(0, KaString().Find(KaString(""))) << "the empty text holds the empty needle";
+  EXPECT_EQ(-1, KaString().Find(KaString(""), 1));
+  EXPECT_EQ(-1, KaString().Find('a'));
+  EXPECT_EQ(8, s.Find(KaString(""), 8)) << "at the very end";
+  EXPECT_EQ(-1, s.Find(KaString(""), 9));
   EXPECT_EQ(-1, s.Find(KaString("a"), 60000));
   EXPECT_EQ(5, s.Find('c', 3));
   EXPECT_EQ(6, s.SubStringPos(KaString("ab"), 4));

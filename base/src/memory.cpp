@@ -17,9 +17,17 @@ std::atomic<KaMemoryHandler>& Handler() {
   return handler;
 }
 
+// Per thread, so that a shortage in one thread never reads as one in another.
+thread_local unsigned long t_shortages = 0;
+
 }  // namespace
 
-int KaCallMemoryHandler(size_t size) { return Handler().load()(size); }
+int KaCallMemoryHandler(size_t size) {
+  ++t_shortages;
+  return Handler().load()(size);
+}
+
+unsigned long KaMemoryShortageCount() { return t_shortages; }
 
 KaMemoryHandler KaSetMemoryHandler(KaMemoryHandler handler) {
   return Handler().exchange(handler != nullptr ? handler : ReportShortage);

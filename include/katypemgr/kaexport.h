@@ -7,4 +7,8 @@
 
 #define KATYPEMGR_API __attribute__((visibility("default")))
 
+// A private member of an exported class that only the library's own sources
+// call: it stays inside, whether the compiler emits it out of line or not.
+#define KATYPEMGR_LOCAL __attribute__((visibility("hidden")))
+
 #endif  // KATYPEMGR_KAEXPORT_H_

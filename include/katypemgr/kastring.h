@@ -3,11 +3,14 @@
 //
 // The unit width follows from the code set: 2 above 224, else 1. The buffer is
 // owned exclusively, zero-terminated, at most 65532 bytes (terminator
-// included); a null buffer is the empty string. Every operation that changes
-// the text goes through EditUnits, which converts between code sets, enforces
-// the 65532-byte limit (cutting the text and, when "stringOverflow" in section
+// included); a null buffer is the empty string. Size() counts the text and its
+// terminator only: the allocation may be larger, so that a text built piece by
+// piece is not reallocated at every edit. Every operation that changes the
+// text goes through EditUnits, which converts between code sets, enforces the
+// 65532-byte limit (cutting the text and, when "stringOverflow" in section
 // "debug" of the default configuration is non-zero, reporting "String
-// overflow") and owns the buffer's life.
+// overflow") and owns the buffer's life; only appending text of the string's
+// own code set into room it already has skips it, having nothing to decide.
 //
 // Positions and counts are in code units; a count of 65535 means "to the end".
 // A position past the end is taken as the end. Nothing here throws; a failed
@@ -21,6 +24,7 @@
 #include <string_view>
 
 #include "kai18n/codeset.h"
+#include "kai18n/langctx.h"
 #include "katypemgr/kaexport.h"
 
 class KaChar;
@@ -63,7 +67,8 @@ class KATYPEMGR_API KaString {
   // unit, so the terminator is the buffer's last unit and the length follows
   // from the size.
   unsigned short Len() const {
-    return buffer_ == nullptr ? 0 : static_cast<unsigned short>(size_ / UnitWidth() - 1);
+    // A shift, not a division: this runs in every edit and search.
+    return buffer_ == nullptr ? 0 : static_cast<unsigned short>((size_ >> (UnitWidth() - 1)) - 1);
   }
   bool IsEmpty() const;
   bool operator!() const { return IsEmpty(); }
@@ -90,7 +95,21 @@ class KATYPEMGR_API KaString {
   KaString& operator<<(double value);
   KaString& operator<<(long long value);
   KaString& operator<<(unsigned long long value);
-  KaString& operator<<(const char* text);
+  // Text in the default 8-bit code set. Inline: building text piece by piece
+  // is mostly appending short literals to a buffer with room for them.
+  KaString& operator<<(const char* text) {
+    if (text == nullptr) return *this;
+    const size_t n = std::strlen(text);
+    if (buffer_ != nullptr && codeSet_ <= 224 && size_ + n <= capacity_ &&
+        codeSet_ == KaLanguageContext::GetDefault8BitCodeSet()) {
+      // A text inside this buffer ends at its terminator: no overlap.
+      std::memcpy(buffer_ + size_ - 1, text, n);
+      buffer_[size_ - 1 + n] = 0;
+      size_ = static_cast<unsigned short>(size_ + n);
+      return *this;
+    }
+    return AppendSlow(text, n);
+  }
   KaString& operator<<(const unsigned short* text);
   KaString& operator+=(const KaString& s) { return *this << s; }
 
@@ -211,35 +230,60 @@ class KATYPEMGR_API KaString {
 
  private:
   // Search in 1-byte text of one code set: inline, since it runs per key.
-  // The length of 1-byte text is its size less the terminator.
+  // The length of 1-byte text is its size less the terminator; without a
+  // buffer (size 0) that is -1, which every start is past: signed arithmetic
+  // spares a branch.
   int FindBytes(const KaString& s, unsigned short start, unsigned short end) const {
-    const size_t len = size_ != 0 ? size_ - 1u : 0;
-    const size_t stop = end < len ? end : len;
-    const size_t n = s.size_ != 0 ? s.size_ - 1u : 0;
-    if (start > stop || n > stop - start) return -1;
+    const int len = static_cast<int>(size_) - 1;
+    const int stop = end < len ? end : len;
+    const int n = s.size_ != 0 ? static_cast<int>(s.size_) - 1 : 0;
+    if (start > stop - n) {
+      // Past the end, but an empty text still holds the empty needle at 0.
+      return n == 0 && start == 0 && stop < 0 ? 0 : -1;
+    }
     if (n == 0) return start;
-    const std::string_view hay(reinterpret_cast<const char*>(buffer_), stop);
-    const size_t at =
-        hay.find(std::string_view(reinterpret_cast<const char*>(s.buffer_), n), start);
+    const std::string_view hay(reinterpret_cast<const char*>(buffer_), static_cast<size_t>(stop));
+    const size_t at = hay.find(
+        std::string_view(reinterpret_cast<const char*>(s.buffer_), static_cast<size_t>(n)), start);
     return at == std::string_view::npos ? -1 : static_cast<int>(at);
   }
   int FindByte(unsigned char c, unsigned short start, unsigned short end) const {
-    const size_t len = size_ != 0 ? size_ - 1u : 0;
-    const size_t stop = end < len ? end : len;
+    const int len = static_cast<int>(size_) - 1;
+    const int stop = end < len ? end : len;
     if (c == 0 || start >= stop) return -1;
-    const void* at = std::memchr(buffer_ + start, c, stop - start);
+    const void* at = std::memchr(buffer_ + start, c, static_cast<size_t>(stop - start));
     return at == nullptr ? -1 : static_cast<int>(static_cast<const unsigned char*>(at) - buffer_);
   }
   int FindUnits(const KaString& s, unsigned short start, unsigned short end) const;
   int FindWideChar(char c, unsigned short start, unsigned short end) const;
-  void Adopt(unsigned char* buffer, unsigned short size);
-  void EndAtFirstZero(size_t from);
-  void SetFromText(const char* text, unsigned char codeSet, unsigned char language);
+  KATYPEMGR_LOCAL bool AppendInPlace(const unsigned char* text, unsigned short position,
+                                     unsigned short count);
+  KATYPEMGR_LOCAL bool EditInPlace(const unsigned char* source, size_t sourceAt, size_t p,
+                                   size_t run, unsigned short repeat, EditMode mode,
+                                   size_t newSize);
+  KATYPEMGR_LOCAL void Rebuild(const unsigned char* source, size_t sourceAt, size_t p, size_t run,
+                               unsigned short repeat, EditMode mode, size_t newSize,
+                               bool truncated);
+  KATYPEMGR_LOCAL bool Reserve(size_t bytes);
+  KATYPEMGR_LOCAL void Adopt(unsigned char* buffer, unsigned short size, unsigned short capacity);
+  KATYPEMGR_LOCAL void EndAtFirstZero(size_t from, size_t to);
+  KATYPEMGR_LOCAL void AppendText(const char* text, size_t n);
+  KaString& AppendSlow(const char* text, size_t n);
+  KATYPEMGR_LOCAL void AppendUnits(const void* text, unsigned char codeSet, size_t count);
+  KATYPEMGR_LOCAL void AppendUnit(unsigned short unit, unsigned char codeSet);
+  KATYPEMGR_LOCAL void SetUnits(const void* text, unsigned char codeSet, size_t count);
+  KATYPEMGR_LOCAL void SetFromText(const char* text, unsigned char codeSet, unsigned char language);
+  KATYPEMGR_LOCAL void AssignUnits(const void* text, unsigned char codeSet, unsigned char language,
+                                   unsigned short count);
 
   unsigned char* buffer_ = nullptr;
   unsigned short size_ = 0;
   unsigned char codeSet_ = 0;
   unsigned char language_ = 0;
+  // Bytes allocated for the buffer (0 without one): at least size_, so that
+  // edits grow geometrically instead of reallocating each time. Nothing
+  // outside the edit routine sees it; it sits in what was padding.
+  unsigned short capacity_ = 0;
 };
 static_assert(sizeof(KaString) == 16, "the string row's memory length");
 
@@ -285,6 +329,9 @@ class KATYPEMGR_API KaChar {
 
  private:
   KaChar MapCase(KaStringIterator* it, bool upper) const;
+  // An iterator hands out the characters of its text with the text's own code
+  // set and language, which the constructors would read as defaults when 255.
+  friend class KaStringIterator;
 
   const char* position_ = nullptr;
   unsigned short unit_ = 0;

@@ -211,8 +211,14 @@ KaChar KaStringIterator::operator*() const {
   if (OverflowActive()) {
     return KaChar(overflow_->chars[overflowIndex_], overflowCodeSet_, language_);
   }
-  if (position_ == nullptr) return KaChar(static_cast<unsigned short>(0), codeSet_, language_);
-  return KaChar(position_, codeSet_, language_, 1);
+  // The text's own code set and language, verbatim: 255 is a code set of its
+  // own here, not "the default".
+  KaChar c;
+  c.position_ = position_;
+  c.codeSet_ = codeSet_;
+  c.language_ = language_;
+  c.byteOrder_ = 1;
+  return c;
 }
 
 KaStringIterator KaStringIterator::operator++(int) {

@@ -1,6 +1,7 @@
 // KaString: the text value, its edit routine and its operations.
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -45,6 +46,55 @@ size_t UnitLength(const void* p, unsigned w, size_t max) {
   while (n < max && LoadUnit(bytes + 2 * n, 2) != 0) ++n;
   return n;
 }
+
+// The length of a text up to its zero byte, at most 65535. Appended texts are
+// mostly short: looking at the first bytes here costs less than the call.
+size_t TextLength(const char* text) {
+  constexpr size_t kShort = 16;
+  for (size_t i = 0; i < kShort; ++i) {
+    if (text[i] == 0) return i;
+  }
+  return kShort + strnlen(text + kShort, kToEnd - kShort);
+}
+
+// memmove for the short runs that most edits copy, without the call. Every
+// load comes before the stores, so the runs may overlap (a string appended to
+// itself).
+template <typename Word>
+void MoveEnds(unsigned char* to, const unsigned char* from, size_t n) {
+  Word head;
+  Word tail;
+  std::memcpy(&head, from, sizeof head);
+  std::memcpy(&tail, from + n - sizeof tail, sizeof tail);
+  std::memcpy(to, &head, sizeof head);
+  std::memcpy(to + n - sizeof tail, &tail, sizeof tail);
+}
+
+void MoveBytes(unsigned char* to, const unsigned char* from, size_t n) {
+  if (n > 16) {
+    std::memmove(to, from, n);
+  } else if (n >= 8) {
+    MoveEnds<uint64_t>(to, from, n);
+  } else if (n >= 4) {
+    MoveEnds<uint32_t>(to, from, n);
+  } else if (n >= 2) {
+    MoveEnds<uint16_t>(to, from, n);
+  } else if (n == 1) {
+    *to = *from;
+  }
+}
+
+// The decimal digits of an integer, as "%d", "%lld" and "%llu" print them
+// (std::to_chars writes exactly those, without the cost of a format string).
+struct Digits {
+  template <typename T>
+  explicit Digits(T value) {
+    length = static_cast<size_t>(std::to_chars(text, text + sizeof text - 1, value).ptr - text);
+    text[length] = '\0';
+  }
+  char text[24];
+  size_t length;
+};
 
 // The configuration decides whether a cut text is reported; the cut happens
 // either way.
@@ -154,6 +204,15 @@ class Converted {
   size_t count_ = 0;
 };
 
+// The allocation for a buffer of `needed` bytes that had `current`: at least
+// double, so that a text built piece by piece is copied O(1) times per unit,
+// and never below the smallest block the heap hands out anyway.
+size_t CapacityFor(size_t needed, size_t current) {
+  constexpr size_t kSmallest = 24;
+  const size_t wanted = std::max({needed, 2 * current, kSmallest});
+  return std::min<size_t>((wanted + 7) & ~size_t{7}, KaString::kMaxSize);
+}
+
 // Copies into a new buffer while its byte budget lasts.
 class Writer {
  public:
@@ -197,8 +256,14 @@ int SetWildcard(std::atomic<unsigned short>& slot, const KaChar& c) {
 void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsigned short position,
                          unsigned short sourcePosition, unsigned short count, unsigned short repeat,
                          EditMode mode, unsigned char /*flag*/) {
+  // An unknown mode has no size rule: the string stays as it is.
+  if (mode != kOverwrite && mode != kInsert && mode != kSetFrom) return;
   const auto* src = static_cast<const unsigned char*>(source);
   const unsigned sw = Width(sourceCodeSet);
+  if (mode == kSetFrom && repeat == 1 && sourceCodeSet == codeSet_ && src != nullptr &&
+      AppendInPlace(src + size_t{sourcePosition} * sw, position, count)) {
+    return;
+  }
   if (mode != kSetFrom &&
       (src == nullptr || count == 0 || LoadUnit(src + sourcePosition * sw, sw) == 0)) {
     return;
@@ -242,7 +307,7 @@ void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsign
 
   if (mode == kSetFrom && newSize == w) {
     // Nothing to hold: no buffer at all.
-    Adopt(nullptr, 0);
+    Adopt(nullptr, 0, 0);
     return;
   }
   const bool truncated = newSize > kMaxSize;
@@ -250,74 +315,234 @@ void KaString::EditUnits(const void* source, unsigned char sourceCodeSet, unsign
     ReportOverflow();
     newSize = kMaxSize;
   }
-  // Appending a foreign run grows the buffer where it lies: the old text
-  // stays as it is, only the run and the terminator are written.
+  // Text taken from this string's own buffer (a cut, `s << s`) must be read
+  // before it is overwritten. Setting from it with one run is a single
+  // memmove, and the buffer may move as it grows (the source is rebased);
+  // inserting or overwriting would shift the source under the copy, so those
+  // build a new buffer from the intact old one.
+  const size_t at = size_t{sourcePosition} * w;
   const auto from = reinterpret_cast<uintptr_t>(src);
   const auto own = reinterpret_cast<uintptr_t>(buffer_);
-  const bool appending = mode == kSetFrom && !truncated && buffer_ != nullptr && p == oldLen * w &&
-                         (from + (sourcePosition * w + run) <= own || from >= own + oldSize);
-  if (appending) {
-    auto* grown = static_cast<unsigned char*>(std::realloc(buffer_, newSize));
-    // A failed realloc keeps the old buffer; the handler hears of it like any
-    // other failed allocation, and may free memory for the copy below.
-    if (grown == nullptr && KaCallMemoryHandler(newSize) == 0) return;
-    if (grown != nullptr) {
-      buffer_ = grown;
-      for (unsigned r = 0; r < repeat && run > 0; ++r) {
-        std::memcpy(grown + p + r * run, src + sourcePosition * w, run);
-      }
-      std::memset(grown + newSize - w, 0, w);
-      size_ = static_cast<unsigned short>(newSize);
-      EndAtFirstZero(oldLen);
-      return;
-    }
+  const bool aliased =
+      buffer_ != nullptr && src != nullptr && from < own + capacity_ && from + at + run > own;
+  if (!truncated && (!aliased || (mode == kSetFrom && repeat <= 1))) {
+    if (EditInPlace(src, at, p, run, repeat, mode, newSize)) EndAtFirstZero(p, p + runs);
+    return;
   }
-  auto* out = static_cast<unsigned char*>(KaMalloc(newSize));
+  Rebuild(src, at, p, run, repeat, mode, newSize, truncated);
+}
+
+// The most common edit, appending text of the own code set that fits the
+// buffer already held, without the general size rules. One memmove: the text
+// may be this string's own. False when the general path must do it.
+inline bool KaString::AppendInPlace(const unsigned char* text, unsigned short position,
+                                    unsigned short count) {
+  const unsigned w = UnitWidth();
+  const size_t len = Len();
+  if (buffer_ == nullptr || position < len) return false;
+  const size_t p = len * w;
+  const size_t run = size_t{count} * w;
+  const size_t newSize = p + run + w;
+  if (newSize > capacity_) return false;
+  std::memmove(buffer_ + p, text, run);
+  std::memset(buffer_ + p + run, 0, w);
+  size_ = static_cast<unsigned short>(newSize);
+  EndAtFirstZero(p, p + run);
+  return true;
+}
+
+// The edit in the string's own buffer, grown geometrically when the result
+// does not fit. False, with the string unchanged, when memory is short.
+inline bool KaString::EditInPlace(const unsigned char* source, size_t sourceAt, size_t p,
+                                  size_t run, unsigned short repeat, EditMode mode,
+                                  size_t newSize) {
+  const unsigned w = UnitWidth();
+  const size_t oldSize = size_;
+  const unsigned char* taken = source != nullptr ? source + sourceAt : nullptr;
+  const auto offset = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(taken) -
+                                             reinterpret_cast<uintptr_t>(buffer_));
+  const bool own = buffer_ != nullptr && taken != nullptr && offset >= 0 && offset < capacity_;
+  if (newSize > capacity_ && !Reserve(newSize)) return false;
+  if (own) taken = buffer_ + offset;  // the buffer may have moved
+  unsigned char* b = buffer_;
+  const size_t runs = run * repeat;
+  // The kept tail moves first, to where it ends up, terminator included.
+  if (mode == kOverwrite && oldSize > p + run) {
+    std::memmove(b + p + runs, b + p + run, oldSize - p - run);
+  } else if (mode == kInsert && oldSize != 0) {
+    std::memmove(b + p + runs, b + p, oldSize - p);
+  }
+  for (unsigned r = 0; r < repeat && run > 0; ++r) {
+    std::memmove(b + p + r * run, taken, run);
+  }
+  const bool tailKept =
+      (mode == kOverwrite && oldSize > p + run) || (mode == kInsert && oldSize != 0);
+  if (!tailKept) std::memset(b + newSize - w, 0, w);
+  size_ = static_cast<unsigned short>(newSize);
+  return true;
+}
+
+// The edit into a new buffer, for a cut result or a source inside the own
+// buffer; the old buffer is freed only once the new one is complete.
+void KaString::Rebuild(const unsigned char* source, size_t sourceAt, size_t p, size_t run,
+                       unsigned short repeat, EditMode mode, size_t newSize, bool truncated) {
+  const unsigned w = UnitWidth();
+  const size_t oldSize = size_;
+  const size_t capacity = CapacityFor(newSize, 0);
+  auto* out = static_cast<unsigned char*>(KaMalloc(capacity));
   if (out == nullptr) return;
   std::memset(out, 0, newSize);
   Writer writer(out, newSize);
   writer.Put(buffer_, p);
-  for (unsigned r = 0; r < repeat && run > 0; ++r) writer.Put(src + sourcePosition * w, run);
+  for (unsigned r = 0; r < repeat && run > 0; ++r) writer.Put(source + sourceAt, run);
   if (mode == kOverwrite && oldSize > p + run) {
     writer.Put(buffer_ + p + run, oldSize - p - run);
   } else if (mode == kInsert && oldSize > p) {
     writer.Put(buffer_ + p, oldSize - p);
   }
   if (mode == kSetFrom || truncated) std::memset(out + newSize - w, 0, w);
-  Adopt(out, static_cast<unsigned short>(newSize));
-  EndAtFirstZero(p / w);
+  Adopt(out, static_cast<unsigned short>(newSize), static_cast<unsigned short>(capacity));
+  EndAtFirstZero(p, newSize - w);
 }
 
-void KaString::EndAtFirstZero(size_t from) {
+// Room for `bytes` bytes, keeping the text; false when memory is short.
+inline bool KaString::Reserve(size_t bytes) {
+  const size_t capacity = CapacityFor(bytes, capacity_);
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    if (auto* grown = static_cast<unsigned char*>(std::realloc(buffer_, capacity))) {
+      buffer_ = grown;
+      capacity_ = static_cast<unsigned short>(capacity);
+      return true;
+    }
+    if (KaCallMemoryHandler(capacity) == 0) return false;
+  }
+  return false;
+}
+
+inline void KaString::EndAtFirstZero(size_t from, size_t to) {
   // A text ends at its first zero unit. Keeping the size at that unit (a run
   // taken from counted source units may hold a zero) lets Len() read the
-  // length off the size instead of scanning.
-  const unsigned w = UnitWidth();
-  const size_t units = size_ / w - 1;
-  for (size_t i = from; i < units; ++i) {
-    if (LoadUnit(buffer_ + i * w, w) == 0) {
-      if (i == 0) {
-        Adopt(nullptr, 0);
-      } else {
-        size_ = static_cast<unsigned short>((i + 1) * w);
+  // length off the size instead of scanning. Only the bytes an edit wrote
+  // (`from` to `to`) can hold one: the kept text had none.
+  size_t zero = to;
+  if (UnitWidth() == 1) {
+    // Edits are mostly short: a loop beats the call for a few bytes.
+    if (to - from <= 32) {
+      for (size_t i = from; i < to; ++i) {
+        if (buffer_[i] == 0) {
+          zero = i;
+          break;
+        }
       }
-      return;
+    } else if (const void* at = std::memchr(buffer_ + from, 0, to - from)) {
+      zero = static_cast<size_t>(static_cast<const unsigned char*>(at) - buffer_);
     }
+  } else {
+    for (size_t i = from; i < to; i += 2) {
+      if (LoadUnit(buffer_ + i, 2) == 0) {
+        zero = i;
+        break;
+      }
+    }
+  }
+  if (zero == to) return;
+  if (zero == 0) {
+    Adopt(nullptr, 0, 0);
+  } else {
+    size_ = static_cast<unsigned short>(zero + UnitWidth());
   }
 }
 
-void KaString::Adopt(unsigned char* buffer, unsigned short size) {
+inline void KaString::Adopt(unsigned char* buffer, unsigned short size, unsigned short capacity) {
   std::free(buffer_);
   buffer_ = buffer;
   size_ = size;
+  capacity_ = capacity;
 }
 
-void KaString::SetFromText(const char* text, unsigned char codeSet, unsigned char language) {
+// The helpers of appending and constructing are `inline`: a function the
+// shared library exports could be replaced at load time, so the compiler would
+// otherwise call each of them through the symbol table on every append.
+inline void KaString::AppendText(const char* text, size_t n) {
+  AppendUnits(text, KaLanguageContext::GetDefault8BitCodeSet(), n);
+}
+
+// Appending and constructing are most of all edits: text of the own code set
+// that holds no zero unit (it was measured up to its terminator) and fits is
+// copied straight in; everything else takes the edit routine.
+inline void KaString::AppendUnits(const void* text, unsigned char codeSet, size_t count) {
+  const unsigned w = UnitWidth();
+  if (codeSet == codeSet_ && buffer_ != nullptr) {
+    const size_t p = size_ - w;  // the terminator's place
+    const size_t run = count * w;
+    if (p + run + w <= capacity_) {
+      MoveBytes(buffer_ + p, static_cast<const unsigned char*>(text), run);
+      std::memset(buffer_ + p + run, 0, w);
+      size_ = static_cast<unsigned short>(p + run + w);
+      return;
+    }
+  }
+  EditUnits(text, codeSet, Len(), 0, static_cast<unsigned short>(count), 1, kSetFrom);
+}
+
+// One unit, not zero, held in a unit of its code set's width.
+inline void KaString::AppendUnit(unsigned short unit, unsigned char codeSet) {
+  const unsigned w = UnitWidth();
+  if (codeSet == codeSet_ && buffer_ != nullptr && size_ + w <= capacity_) {
+    StoreUnit(buffer_ + size_ - w, unit, w);
+    StoreUnit(buffer_ + size_, 0, w);
+    size_ = static_cast<unsigned short>(size_ + w);
+    return;
+  }
+  if (Width(codeSet) == 1) {
+    const auto byte = static_cast<unsigned char>(unit);
+    EditUnits(&byte, codeSet, Len(), 0, 1, 1, kSetFrom);
+  } else {
+    EditUnits(&unit, codeSet, Len(), 0, 1, 1, kSetFrom);
+  }
+}
+
+inline void KaString::SetUnits(const void* text, unsigned char codeSet, size_t count) {
+  const unsigned w = UnitWidth();
+  const size_t size = count * w + w;
+  if (codeSet == codeSet_ && buffer_ == nullptr && count > 0 && size <= kMaxSize) {
+    const size_t capacity = CapacityFor(size, 0);
+    auto* buffer = static_cast<unsigned char*>(KaMalloc(capacity));
+    if (buffer == nullptr) return;
+    MoveBytes(buffer, static_cast<const unsigned char*>(text), size - w);
+    std::memset(buffer + size - w, 0, w);
+    Adopt(buffer, static_cast<unsigned short>(size), static_cast<unsigned short>(capacity));
+    return;
+  }
+  EditUnits(text, codeSet, 0, 0, static_cast<unsigned short>(count), 1, kSetFrom);
+}
+
+inline void KaString::SetFromText(const char* text, unsigned char codeSet, unsigned char language) {
   codeSet_ = codeSet;
   language_ = language;
-  if (text != nullptr) {
-    EditUnits(text, codeSet, 0, 0, static_cast<unsigned short>(strnlen(text, kToEnd)), 1, kSetFrom);
+  if (text != nullptr) SetUnits(text, codeSet, TextLength(text));
+}
+
+// The string becomes `count` units of `text`, which may lie in its own
+// buffer: the units are copied before anything they sit in is released.
+void KaString::AssignUnits(const void* text, unsigned char codeSet, unsigned char language,
+                           unsigned short count) {
+  if (Width(codeSet) != UnitWidth()) {
+    KaString fresh(codeSet, language);
+    fresh.EditUnits(text, codeSet, 0, 0, count, 1, kSetFrom);
+    // Out of memory: the string keeps its old text rather than losing it.
+    if (fresh.buffer_ == nullptr && count > 0) return;
+    *this = std::move(fresh);
+    return;
   }
+  // Room first, so that the edit itself cannot fail: a string that cannot get
+  // its memory keeps its old text and code set. (Text from the own buffer is
+  // never longer than the buffer, so it never moves here.)
+  const size_t need = (size_t{count} + 1) * UnitWidth();
+  if (count > 0 && need <= kMaxSize && need > capacity_ && !Reserve(need)) return;
+  codeSet_ = codeSet;
+  EditUnits(text, codeSet, 0, 0, count, 1, kSetFrom);
+  language_ = language;
 }
 
 // --- Construction -----------------------------------------------------------------
@@ -327,16 +552,18 @@ KaString::KaString()
       language_(KaLanguageContext::GetDefaultLanguage()) {}
 
 KaString::KaString(const KaString& other) : codeSet_(other.codeSet_), language_(other.language_) {
-  EditUnits(other.buffer_, other.codeSet_, 0, 0, other.Len(), 1, kSetFrom);
+  if (other.buffer_ != nullptr) SetUnits(other.buffer_, other.codeSet_, other.Len());
 }
 
 KaString::KaString(KaString&& other) noexcept
     : buffer_(other.buffer_),
       size_(other.size_),
       codeSet_(other.codeSet_),
-      language_(other.language_) {
+      language_(other.language_),
+      capacity_(other.capacity_) {
   other.buffer_ = nullptr;
   other.size_ = 0;
+  other.capacity_ = 0;
 }
 
 KaString::KaString(char c) : KaString(static_cast<unsigned char>(c)) {}
@@ -359,9 +586,7 @@ KaString::KaString(unsigned short unit)
 }
 
 KaString::KaString(int value) {
-  char text[16];
-  std::snprintf(text, sizeof text, "%d", value);
-  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+  SetFromText(Digits(value).text, KaLanguageContext::GetDefault8BitCodeSet(),
               KaLanguageContext::GetDefaultLanguage());
 }
 
@@ -377,16 +602,12 @@ KaString::KaString(double value) {
 }
 
 KaString::KaString(long long value) {
-  char text[24];
-  std::snprintf(text, sizeof text, "%lld", value);
-  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+  SetFromText(Digits(value).text, KaLanguageContext::GetDefault8BitCodeSet(),
               KaLanguageContext::GetDefaultLanguage());
 }
 
 KaString::KaString(unsigned long long value) {
-  char text[24];
-  std::snprintf(text, sizeof text, "%llu", value);
-  SetFromText(text, KaLanguageContext::GetDefault8BitCodeSet(),
+  SetFromText(Digits(value).text, KaLanguageContext::GetDefault8BitCodeSet(),
               KaLanguageContext::GetDefaultLanguage());
 }
 
@@ -416,12 +637,8 @@ KaString::KaString(const unsigned short* text, unsigned short n)
 KaString::~KaString() { std::free(buffer_); }
 
 KaString& KaString::operator=(const KaString& other) {
-  if (this == &other) return *this;
-  // Copied before the old text goes: when memory is short this string stays
-  // as it was instead of ending up empty.
-  KaString copy(other);
-  if (copy.Len() != other.Len()) return *this;
-  return *this = std::move(copy);
+  if (this != &other) AssignUnits(other.buffer_, other.codeSet_, other.language_, other.Len());
+  return *this;
 }
 
 KaString& KaString::operator=(KaString&& other) noexcept {
@@ -431,23 +648,27 @@ KaString& KaString::operator=(KaString&& other) noexcept {
   size_ = other.size_;
   codeSet_ = other.codeSet_;
   language_ = other.language_;
+  capacity_ = other.capacity_;
   other.buffer_ = nullptr;
   other.size_ = 0;
+  other.capacity_ = 0;
   return *this;
 }
 
 // Both build the new text first (see the copy assignment); empty when a
 // non-empty text could not be copied.
 KaString& KaString::operator=(const char* text) {
-  KaString copy(text);
-  if (copy.IsEmpty() && text != nullptr && *text != '\0') return *this;
-  return *this = std::move(copy);
+  AssignUnits(text, KaLanguageContext::GetDefault8BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage(),
+              static_cast<unsigned short>(UnitLength(text, 1, kToEnd)));
+  return *this;
 }
 
 KaString& KaString::operator=(const unsigned short* text) {
-  KaString copy(text);
-  if (copy.IsEmpty() && text != nullptr && *text != 0) return *this;
-  return *this = std::move(copy);
+  AssignUnits(text, KaLanguageContext::GetDefault16BitCodeSet(),
+              KaLanguageContext::GetDefaultLanguage(),
+              static_cast<unsigned short>(UnitLength(text, 2, kToEnd)));
+  return *this;
 }
 
 // --- Reading ---------------------------------------------------------------------
@@ -465,35 +686,54 @@ KaChar KaString::operator[](int position) { return KaChar(*this, position); }
 // --- Appending -------------------------------------------------------------------
 
 KaString& KaString::operator<<(const KaString& s) {
-  EditUnits(s.buffer_, s.codeSet_, Len(), 0, s.Len(), 1, kSetFrom);
+  if (s.buffer_ != nullptr) AppendUnits(s.buffer_, s.codeSet_, s.Len());
   return *this;
 }
 
 KaString& KaString::operator<<(char c) {
-  if (c != 0) EditUnits(&c, KaLanguageContext::GetDefault8BitCodeSet(), Len(), 0, 1, 1, kSetFrom);
+  if (c != 0) AppendUnit(static_cast<unsigned char>(c), KaLanguageContext::GetDefault8BitCodeSet());
   return *this;
 }
 
 KaString& KaString::operator<<(unsigned short unit) {
-  if (unit != 0) {
-    EditUnits(&unit, KaLanguageContext::GetDefault16BitCodeSet(), Len(), 0, 1, 1, kSetFrom);
-  }
+  if (unit != 0) AppendUnit(unit, KaLanguageContext::GetDefault16BitCodeSet());
   return *this;
 }
 
-KaString& KaString::operator<<(short value) { return *this << KaString(value); }
-KaString& KaString::operator<<(int value) { return *this << KaString(value); }
-KaString& KaString::operator<<(unsigned int value) { return *this << KaString(value); }
-KaString& KaString::operator<<(float value) { return *this << KaString(double{value}); }
-KaString& KaString::operator<<(double value) { return *this << KaString(value); }
-KaString& KaString::operator<<(long long value) { return *this << KaString(value); }
-KaString& KaString::operator<<(unsigned long long value) { return *this << KaString(value); }
+// Numbers are appended as the constructor of their type prints them, in the
+// default 8-bit code set, without a string in between.
+KaString& KaString::operator<<(short value) { return *this << int{value}; }
 
-KaString& KaString::operator<<(const char* text) {
-  if (text != nullptr) {
-    EditUnits(text, KaLanguageContext::GetDefault8BitCodeSet(), Len(), 0,
-              static_cast<unsigned short>(strnlen(text, kToEnd)), 1, kSetFrom);
-  }
+KaString& KaString::operator<<(int value) {
+  const Digits d(value);
+  AppendText(d.text, d.length);
+  return *this;
+}
+
+KaString& KaString::operator<<(unsigned int value) { return *this << static_cast<int>(value); }
+KaString& KaString::operator<<(float value) { return *this << double{value}; }
+
+KaString& KaString::operator<<(double value) {
+  char text[32];
+  const int n = std::snprintf(text, sizeof text, "%.17g", value);
+  AppendText(text, static_cast<size_t>(std::clamp(n, 0, static_cast<int>(sizeof text) - 1)));
+  return *this;
+}
+
+KaString& KaString::operator<<(long long value) {
+  const Digits d(value);
+  AppendText(d.text, d.length);
+  return *this;
+}
+
+KaString& KaString::operator<<(unsigned long long value) {
+  const Digits d(value);
+  AppendText(d.text, d.length);
+  return *this;
+}
+
+KaString& KaString::AppendSlow(const char* text, size_t n) {
+  AppendText(text, std::min<size_t>(n, kToEnd));
   return *this;
 }
 
@@ -564,7 +804,10 @@ int KaString::ReplaceAll(const KaString& from, const KaString& to, unsigned shor
   }
 
   // Counted first, so the new text is built in one buffer of the right size.
-  int found = 0;
+  // A result past the limit is cut there like every other edit's, and is not
+  // built beyond it: a few thousand occurrences of a long replacement would
+  // otherwise ask for gigabytes only to throw them away.
+  size_t found = 0;
   for (int at = Find(needle, start); at >= 0;
        at = Find(needle, static_cast<unsigned short>(at + nlen))) {
     ++found;
@@ -572,26 +815,32 @@ int KaString::ReplaceAll(const KaString& from, const KaString& to, unsigned shor
   if (found == 0) return 0;
   const unsigned w = UnitWidth();
   const unsigned short len = Len();
-  const size_t units = len + static_cast<size_t>(found) * rlen - static_cast<size_t>(found) * nlen;
-  auto* text = static_cast<unsigned char*>(KaMalloc(units * w + w));
-  if (text == nullptr) return 0;
-  size_t out = 0;
+  const size_t units = len + found * rlen - found * nlen;
+  const size_t maxUnits = kMaxSize / w - 1;
+  const size_t keep = std::min(units, maxUnits);
+  if (keep == 0) {
+    Destroy();
+    return static_cast<int>(found);
+  }
+  KaString result(codeSet_, language_);
+  if (!result.Reserve(keep * w + w)) return 0;
+  const size_t budget = keep * w;
+  Writer writer(result.buffer_, budget);
+  size_t written = 0;  // bytes, capped at the budget
   size_t in = 0;
-  for (int at = Find(needle, start); at >= 0;
+  for (int at = Find(needle, start); at >= 0 && written < budget;
        at = Find(needle, static_cast<unsigned short>(at + nlen))) {
-    std::memcpy(text + out * w, buffer_ + in * w, (at - in) * w);
-    out += at - in;
-    if (rlen > 0) std::memcpy(text + out * w, replacement.buffer_, size_t{rlen} * w);
-    out += rlen;
+    writer.Put(buffer_ + in * w, (at - in) * w);
+    writer.Put(replacement.buffer_, size_t{rlen} * w);
+    written += (at - in + size_t{rlen}) * w;
     in = at + nlen;
   }
-  std::memcpy(text + out * w, buffer_ + in * w, (len - in) * w);
-  out += len - in;
-  // The result may pass the limit; the edit routine cuts and reports it.
-  EditUnits(text, codeSet_, 0, 0, static_cast<unsigned short>(std::min<size_t>(out, kToEnd)), 1,
-            kSetFrom);
-  std::free(text);
-  return found;
+  writer.Put(buffer_ + in * w, (len - in) * w);
+  std::memset(result.buffer_ + budget, 0, w);
+  result.size_ = static_cast<unsigned short>(budget + w);
+  if (units > maxUnits) ReportOverflow();
+  *this = std::move(result);
+  return static_cast<int>(found);
 }
 
 int KaString::ReplaceAll(char from, char to, unsigned short start) {
@@ -658,17 +907,19 @@ KaString& KaString::ToLower() {
 
 KaString& KaString::Transform(KaCharOperation& operation) {
   if (IsEmpty()) return *this;
-  // The result may grow (sharp s to "SS"), up to the limit of a string.
+  // The result may grow (sharp s to "SS"), up to the limit of a string. It is
+  // written through an iterator on a string of this one's code set: an
+  // iterator made on a bare buffer would read a code set of 255 as "the
+  // default 8-bit set", a convention of arguments, not of a string's own set.
   const unsigned w = UnitWidth();
-  auto* text = static_cast<unsigned char*>(KaMalloc(kMaxSize));
-  if (text == nullptr) return *this;
+  KaString result(codeSet_, language_);
+  if (!result.Reserve(kMaxSize)) return *this;
   KaStringIterator in(*this);
-  KaStringIterator out(reinterpret_cast<const char*>(text), codeSet_, language_);
-  out.SetLimit(reinterpret_cast<char*>(text) + kMaxSize - w);
+  KaStringIterator out(result);
+  out.SetLimit(reinterpret_cast<char*>(result.buffer_) + kMaxSize - w);
   const unsigned int units = in.Transform(out, operation);
   if (!in.IsEOS()) ReportOverflow();
-  EditUnits(text, codeSet_, 0, 0, static_cast<unsigned short>(units), 1, kSetFrom);
-  std::free(text);
+  EditUnits(result.buffer_, codeSet_, 0, 0, static_cast<unsigned short>(units), 1, kSetFrom);
   return *this;
 }
 
@@ -795,8 +1046,7 @@ void KaString::SetCodeSet(unsigned char codeSet) {
     KaString converted(codeSet, language_);
     converted.EditUnits(buffer_, Resolved(codeSet_), 0, 0, Len(), 1, kSetFrom);
     if (converted.buffer_ == nullptr) return;  // out of memory: the string stays as it was
-    Adopt(converted.buffer_, converted.size_);
-    converted.buffer_ = nullptr;
+    *this = std::move(converted);
   }
   codeSet_ = codeSet;
 }
@@ -824,7 +1074,7 @@ void KaString::CopyMapped(const KaString& source, unsigned char codeSet, unsigne
 
 // --- Life ----------------------------------------------------------------------
 
-void KaString::Destroy() { Adopt(nullptr, 0); }
+void KaString::Destroy() { Adopt(nullptr, 0, 0); }
 
 void KaString::SetNullValue() {
   Destroy();

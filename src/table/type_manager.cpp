@@ -1,5 +1,6 @@
 // KaTypeMgr, the facade over the descriptor tables; KaTypeConvertData; the
 // default manager.
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -355,17 +356,40 @@ KaString& KaTypeMgr::PrintToKaString(signed char id, KaString& out, void* values
   // after that nothing more fits, so the walk stops at the first cut append
   // rather than printing the rest of a long array into a full string.
   const unsigned int length = MemoryLength(row);
+  // An append or an element that could not get its memory (the handler has
+  // been told) would leave a text that misreads as other values: `out` goes
+  // back to what it held. An element may print nothing on its own (an empty
+  // string), so an empty one counts as lost only if memory ran short.
+  const unsigned short before = out.Len();
+  const unsigned long shortages = KaMemoryShortageCount();
+  const auto appended = [&out](const auto& text, unsigned short units) {
+    const unsigned short was = out.Len();
+    out << text;
+    return out.Len() == was + units;
+  };
   for (unsigned int i = 0; i < count; ++i) {
     if (i > 0) {
-      const bool full = RoomLeft(out) == 0;
-      out << ',';
-      if (full) break;
+      if (RoomLeft(out) == 0) {
+        out << ',';  // cut: the string reports it
+        break;
+      }
+      if (!appended(',', 1)) {
+        out.Cut(before, static_cast<unsigned short>(out.Len() - before));
+        break;
+      }
     }
     KaString element;
     row.printToString(element, static_cast<unsigned char*>(values) + size_t{i} * length, format, 1);
     const bool cut = element.Len() > RoomLeft(out);
-    out << element;
-    if (cut) break;
+    if (cut) {
+      out << element;
+      break;
+    }
+    const bool elementLost = element.Len() == 0 && KaMemoryShortageCount() != shortages;
+    if (elementLost || !appended(element, element.Len())) {
+      out.Cut(before, static_cast<unsigned short>(out.Len() - before));
+      break;
+    }
   }
   return out;
 }
@@ -428,10 +452,22 @@ KaString* KaTypeMgr::ConvertToKaStringOld(void* values, signed char id, unsigned
     }
   }
   auto* joined = static_cast<KaString*>(Create(KaSTRING_T, 1));
+  size_t expected = 0;  // units, before the string's own limit cuts them
   if (joined != nullptr) {
     for (unsigned int i = 0; i < count; ++i) {
-      if (const KaString* text = holder->GetString(static_cast<int>(i))) *joined << *text;
+      if (const KaString* text = holder->GetString(static_cast<int>(i))) {
+        *joined << *text;
+        expected += text->Len();
+      }
       *joined << static_cast<char>(separator);
+      ++expected;
+    }
+    // An append that could not get its memory leaves the text short: such a
+    // string would read back as other values, so there is none.
+    const size_t limit = KaString::kMaxSize / joined->UnitWidth() - 1;
+    if (joined->Len() != std::min(expected, limit)) {
+      Delete(KaSTRING_T, joined, 1);
+      joined = nullptr;
     }
   }
   delete holder;
@@ -447,12 +483,21 @@ void* KaTypeMgr::ConvertFromKaStringOld(KaString* text, signed char id, unsigned
 
   auto* elements = static_cast<KaString*>(Create(KaSTRING_T, pieces));
   if (elements == nullptr) return nullptr;
+  // The pieces are copied first and the text is consumed once they all are,
+  // so a copy that cannot get its memory loses nothing of the caller's text.
+  unsigned short start = 0;
   for (unsigned int i = 0; i < pieces; ++i) {
-    const int at = text->Find(separator);
-    if (at < 0) continue;  // elements after the last separator stay empty
-    elements[i] = text->Left(static_cast<unsigned short>(at));
-    text->Cut(0, static_cast<unsigned short>(at + 1));
+    const int at = text->Find(separator, start);
+    if (at < 0) break;  // elements after the last separator stay empty
+    const auto n = static_cast<unsigned short>(at - start);
+    elements[i] = text->Copy(start, n);
+    if (elements[i].Len() != n) {
+      Delete(KaSTRING_T, elements, pieces);
+      return nullptr;
+    }
+    start = static_cast<unsigned short>(at + 1);
   }
+  text->Cut(0, start);
   KaTypeConvertData* holder = KaTypeConvertData::Make(KaSTRING_T, pieces, elements, this);
   if (holder == nullptr) {
     Delete(KaSTRING_T, elements, pieces);

@@ -26,6 +26,12 @@ KABASE_API int KaCallMemoryHandler(size_t size);
 // Safe to call while other threads allocate.
 KABASE_API KaMemoryHandler KaSetMemoryHandler(KaMemoryHandler handler);
 
+// How many times KaCallMemoryHandler has been called in the calling thread.
+// An operation whose parts give no sign of a failed allocation (an edit of a
+// string that could not grow leaves it as it was) compares the count before
+// and after to learn whether it ran short.
+KABASE_API unsigned long KaMemoryShortageCount();
+
 // malloc that goes through the handler on failure: one retry when the handler
 // answers non-zero. Null when memory stays short. Release with std::free.
 KABASE_API void* KaMalloc(size_t size);
