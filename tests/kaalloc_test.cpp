@@ -1,19 +1,16 @@
-// Allocation failure, exhaustively: every operation that allocates is run
-// again and again with its first, second, third ... allocation failing (or
-// every allocation from that one on), until it runs through without a
-// failure. At each step the memory handler must have been told, nothing may
-// crash or leak, and the value being edited or made is either as it was or as
-// a run without failures leaves it.
+// Allocation failure, exhaustively: each operation runs again and again with
+// its first, second, third ... allocation failing (or every allocation from
+// that one on) until it runs through without a failure. Each time the memory
+// handler must have been told, nothing may crash or leak, and the value being
+// edited or made is either as it was or as a run without failures leaves it.
 //
-// This program replaces every global operator new and delete, so the
-// libraries' C++ allocations fail on demand in every build. Their C memory:
-// - Release builds replace malloc, calloc and realloc here too (glibc's own
-//   entry points stay behind them), so every allocation is covered.
-// - AddressSanitizer owns malloc and cannot share it. There, KaMalloc (through
-//   which the libraries take C memory) is replaced: it fails on demand and
-//   otherwise forwards to the library's own. Not covered under the sanitizer:
-//   the realloc with which a string grows in place, and KaMalloc's own retry;
-//   the release run covers both. LeakSanitizer checks each test for leaks.
+// The global operator new and delete are replaced here, so C++ allocations
+// fail on demand in every build. C memory: release builds replace malloc,
+// calloc and realloc too (glibc's own entry points behind them). The
+// sanitizer owns malloc, so there KaMalloc, which the libraries take C memory
+// through, is replaced instead; the realloc that grows a string in place and
+// KaMalloc's own retry are then covered by the release run only. The aligned
+// forms are left alone: the libraries make no over-aligned object.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -84,22 +81,18 @@ extern "C" {
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* p, size_t size);
-}
-namespace {
-void* RealMalloc(size_t n) { return __libc_malloc(n); }
-bool CFails() {
+static bool CFails() {
   if (!FailThisAllocation()) return false;
   errno = ENOMEM;
   return true;
 }
-}  // namespace
-extern "C" {
 void* malloc(size_t n) noexcept { return CFails() ? nullptr : __libc_malloc(n); }
 void* calloc(size_t k, size_t n) noexcept { return CFails() ? nullptr : __libc_calloc(k, n); }
 void* realloc(void* p, size_t n) noexcept {
   return n != 0 && CFails() ? nullptr : __libc_realloc(p, n);
 }
 }
+static void* RealMalloc(size_t n) { return __libc_malloc(n); }
 #endif
 
 namespace {
@@ -124,7 +117,7 @@ void operator delete[](void* p, const NoThrow&) noexcept { Release(p); }
 
 namespace {
 
-// --- What a run leaves -------------------------------------------------------------------
+// --- The harness -------------------------------------------------------------------------
 
 // A value as text, one item per element of an array.
 using Shown = std::vector<std::string>;
@@ -139,13 +132,16 @@ std::string Hex(const void* p, size_t n) {
   }
   return out + "]";
 }
-
 std::string Show(const KaString& s) {
   return "cs" + std::to_string(s.CodeSet()) + " lang" + std::to_string(s.Language()) + " " +
          Hex(s.StrGet(), s.Size());
 }
 std::string Show(const KaIString& s) { return Hex(s.StrGet(), s.Len()); }
 std::string Show(const KaCaseIString& s) { return Hex(s.StrGet(), s.Len()); }
+template <typename T>
+Shown Snap(const T& value) {
+  return {Show(value)};
+}
 
 // What a make that failed leaves: empty, in the code set it was to have.
 template <typename T>
@@ -172,11 +168,6 @@ void Armed(F&& operation) {
   g_inject.armed = false;
 }
 
-template <typename T>
-Shown Snap(const T& value) {
-  return {Show(value)};
-}
-
 template <typename T, typename F>
 Outcome Edit(T& value, F&& edit) {
   Outcome o{Snap(value), {}};
@@ -191,12 +182,6 @@ int CountingHandler(size_t) {
   return 0;
 }
 
-std::string Join(const Shown& items) {
-  std::string out;
-  for (const std::string& item : items) out += item + " ";
-  return out;
-}
-
 bool KeptOrComplete(const Outcome& o, const Shown& complete, Rule rule) {
   if (rule != Rule::kEachElement) return o.after == o.before || o.after == complete;
   if (o.after.size() != complete.size() || o.before.size() != complete.size()) return false;
@@ -209,25 +194,25 @@ bool KeptOrComplete(const Outcome& o, const Shown& complete, Rule rule) {
 // The exhaustive loop of one case in one failure mode: the first fault found,
 // or an empty text.
 std::string FirstFault(const std::function<Outcome()>& run, Rule rule, bool persistent) {
+  using testing::PrintToString;
   g_inject = Injector{false, persistent, 0, 0, 0};
   const Shown complete = run().after;
   if (rule == Rule::kNoAllocation && g_inject.seen != 0) return "allocates per key";
-  constexpr long kLimit = 100000;
-  for (long n = 1; n < kLimit; ++n) {
+  for (long n = 1; n < 100000; ++n) {
     g_inject = Injector{false, persistent, n, 0, 0};
     g_handlerCalls = 0;
     const Outcome o = run();
     if (g_inject.fired == 0) {
-      return o.after == complete ? "" : "result differs from the first run: " + Join(o.after);
+      return o.after == complete ? "" : "differs from the first run: " + PrintToString(o.after);
     }
-    const std::string at = "allocation " + std::to_string(n);
-    if (g_handlerCalls == 0) return at + " failed unreported";
+    const std::string at = "allocation " + std::to_string(n) + " failed";
+    if (g_handlerCalls == 0) return at + " unreported";
     if (!KeptOrComplete(o, complete, rule)) {
-      return at + " failed: neither kept nor complete\n  before   " + Join(o.before) +
-             "\n  after    " + Join(o.after) + "\n  complete " + Join(complete);
+      return at + ": neither kept nor complete\n  before   " + PrintToString(o.before) +
+             "\n  after    " + PrintToString(o.after) + "\n  complete " + PrintToString(complete);
     }
   }
-  return "still failing after " + std::to_string(kLimit) + " allocations";
+  return "still failing after 100000 allocations";
 }
 
 void Exhaust(const std::string& name, const std::function<Outcome()>& run,
@@ -243,7 +228,6 @@ class Mgr : public KaTypeMgr {
   using KaTypeMgr::ConvertFromKaStringOld;
   using KaTypeMgr::ConvertToKaStringOld;
 };
-
 Mgr& M() {
   static Mgr* const m = new Mgr;
   return *m;
@@ -275,10 +259,13 @@ Shown Elements(signed char id, void* values, unsigned count) {
   return out;
 }
 
-// kCount elements of row `id` scanned from the numbers `first`, `first` + 1 ...
+// kCount elements of row `id` holding `first`, `first` + 1 ...: scanned numbers,
+// or in a string row that many letters, so a larger number needs more room.
 void* Numbers(signed char id, int first) {
   void* values = M().Create(id, kCount);
-  for (unsigned i = 0; i < kCount; ++i) {
+  int n = first;
+  EachString(id, values, kCount, [&](auto& s) { s = std::string(n++, 'x').c_str(); });
+  for (unsigned i = 0; i < kCount && !IsStringRow(id); ++i) {
     KaString text(first + static_cast<int>(i));
     M().ScanFromKaString(id, M().GetArrayElement(id, values, i, kCount), text, nullptr, 1);
   }
@@ -306,11 +293,6 @@ Outcome Made(signed char id, unsigned count, F&& make) {
   return {{kNothing}, Snap(made)};
 }
 
-std::unique_ptr<KaTypeConvertData> Texts() {
-  return std::unique_ptr<KaTypeConvertData>(
-      KaTypeConvertData::Make(KaSTRING_T, kCount, Numbers(KaSTRING_T, 5), &M()));
-}
-
 Outcome Printed(Values& v, unsigned count) {
   KaString out("old text");
   return Edit(out, [&] { M().PrintToKaString(v.id, out, v.p, nullptr, count); });
@@ -318,8 +300,8 @@ Outcome Printed(Values& v, unsigned count) {
 
 enum Family { kPrimitive = 1, kStrings = 2, kBoth = 3 };
 
-// One line per operation, run on `v`, the numbers 5, 6, 7 in the row; every
-// row of its family runs each.
+// An operation on `v`, the numbers 5, 6, 7 in the row; each row of its
+// family runs it.
 struct RowOperation {
   const char* name;
   Outcome (*run)(Values& v);
@@ -330,25 +312,20 @@ struct RowOperation {
 const RowOperation kRowOperations[] = {
     {"Create",
      [](Values& v) { return Made(v.id, kCount, [&] { return M().Create(v.id, kCount); }); }, kBoth},
-    {"StoreLoad",
+    {"StoreLoadCmpHash",
      [](Values& v) {
+       Values b(v.id, Numbers(v.id, 5));
        unsigned char stored[64] = {};
-       return Edit(v, [&] {
-         M().Store(v.id, stored, v.p, 2, kCount);
-         M().Load(v.id, v.p, stored, 2, kCount);
-       });
-     },
-     kPrimitive, Rule::kNoAllocation},
-    {"CmpHash",
-     [](Values& a) {
-       Values b(a.id, Numbers(a.id, 5));
        int error = 0, order = 0;
        unsigned hash = 0;
-       Armed([&] {
-         order = M().Cmp(a.id, a.p, b.p, 0, kCount, 8);
-         hash = M().Hash(a.id, 0, a.p, kCount, 8, error);
+       Outcome o = Edit(v, [&] {
+         M().Store(v.id, stored, v.p, 2, kCount);
+         M().Load(v.id, v.p, stored, 2, kCount);
+         order = M().Cmp(v.id, v.p, b.p, 0, kCount, 8);
+         hash = M().Hash(v.id, 0, v.p, kCount, 8, error);
        });
-       return Outcome{{}, {std::to_string(order), std::to_string(hash)}};
+       o.after.insert(o.after.end(), {std::to_string(order), std::to_string(hash)});
+       return o;
      },
      kPrimitive, Rule::kNoAllocation},
     {"ConvertTo",
@@ -359,7 +336,8 @@ const RowOperation kRowOperations[] = {
      }},
     {"ConvertFrom",
      [](Values& v) {
-       auto h = Texts();
+       std::unique_ptr<KaTypeConvertData> h(
+           KaTypeConvertData::Make(KaSTRING_T, kCount, Numbers(KaSTRING_T, 5), &M()));
        return Made(v.id, kCount, [&] { return M().ConvertFrom(v.id, h.get(), kCount); });
      }},
     {"ConvertToKaStringOld",
@@ -380,17 +358,16 @@ const RowOperation kRowOperations[] = {
      }},
     {"SetNullValue", [](Values& v) { return Edit(v, [&] { M().SetNullValue(v.id, v.p); }); },
      kBoth},
-    {"EvalAndBound",
+    {"EvalAndBound",  // both bounds or neither
      [](Values& v) {
        KaIdxBounds b;
        unsigned short flags = kKaOpEqual;
        Armed([&] { M().EvalAndBound(v.id, nullptr, flags, v.p, 8, 1, &b, nullptr); });
-       Outcome o{
-           {"[]", "[]"},
-           {Hex(b.lower, b.lower ? b.lowerLength : 0), Hex(b.upper, b.upper ? b.upperLength : 0)}};
+       const Shown made = {Hex(b.lower, b.lower ? b.lowerLength : 0),
+                           Hex(b.upper, b.upper ? b.upperLength : 0)};
        std::free(b.lower);
        std::free(b.upper);
-       return o;
+       return Outcome{{"[]", "[]"}, made};
      }},
     {"CopySlot",  // into destroyed elements; a failed copy is empty
      [](Values& source) {
@@ -416,13 +393,13 @@ constexpr signed char kRows[] = {Ka1B_T,      Ka2B_T,         Ka4B_T,    Ka8B_T,
                                  KaENUM_T,    KaDOUBLE_T,     KaFLOAT_T, KaBLOCKID_T, KaSTRING_T,
                                  KaISTRING_T, KaCASEISTRING_T};
 
-// --- The string classes' edits ---------------------------------------------------------------
+// --- The string classes --------------------------------------------------------------------
 
 const unsigned short* Wide(const char16_t* text) {
   return reinterpret_cast<const unsigned short*>(text);
 }
 
-// A literal for a case: narrow text, or UTF-16 for a wide KaString.
+// Narrow text, or UTF-16 for a wide KaString.
 struct Literal {
   Literal(const char* text) : narrow(text) {}
   Literal(const char16_t* text) : wide(text) {}
@@ -456,6 +433,10 @@ struct StringCase {
   }
 };
 
+// Longer than the spare room of a new KaString's buffer, so an edit that adds
+// it must grow the buffer.
+constexpr const char* kLong = "a text longer than the spare room";
+
 const StringCase<KaString> kStringCases[] = {
     {"KaString(const KaString&)", "copied", "", nullptr,
      [](auto& s, auto&) { return KaString(s); }},
@@ -463,35 +444,35 @@ const StringCase<KaString> kStringCases[] = {
     {"KaString(double)", "", "", nullptr, [](auto&, auto&) { return KaString(2.5); }},
     {"operator+", "left", "right", nullptr, [](auto& s, auto& t) { return s + t; }},
     {"Copy", "abcdef", "", nullptr, [](auto& s, auto&) { return s.Copy(1, 3); }},
-    {"operator=(const KaString&)", "old", "assigned", [](auto& s, auto& t) { s = t; }},
+    {"operator=(const KaString&)", "old", kLong, [](auto& s, auto& t) { s = t; }},
     {"operator=(const KaString&) wide", "old", u"\u20ac wide", [](auto& s, auto& t) { s = t; }},
-    {"operator=(const char*)", "old", "", [](auto& s, auto&) { s = "assigned"; }},
+    {"operator=(const char*)", "old", "", [](auto& s, auto&) { s = kLong; }},
     {"operator=(const unsigned short*)", "old", "", [](auto& s, auto&) { s = Wide(u"wide"); }},
-    {"Append KaString", "head", "tail", [](auto& s, auto& t) { s << t; }},
+    {"Append KaString", "head", kLong, [](auto& s, auto& t) { s << t; }},
     {"Append KaString to empty", "", "tail", [](auto& s, auto& t) { s += t; }},
     {"Append wide to narrow", "head", u"\u00e9t\u00e9", [](auto& s, auto& t) { s << t; }},
     {"Append narrow to wide", u"head", "t\xe9te", [](auto& s, auto& t) { s << t; }},
-    {"Append char*", "head", "", [](auto& s, auto&) { s << "tail"; }},
-    {"Append number", "head", "", [](auto& s, auto&) { s << 2.5; }},
-    {"Append itself", "twice", "", [](auto& s, auto&) { s << s; }},
-    {"Insert", "head", "middle", [](auto& s, auto& t) { s.Insert(t, 2); }},
+    {"Append char*", "head", "", [](auto& s, auto&) { s << kLong; }},
+    {"Append number", "a head of twenty-two c", "", [](auto& s, auto&) { s << 2.5; }},
+    {"Append itself", "twice, and twice", "", [](auto& s, auto&) { s << s; }},
+    {"Insert", "head", kLong, [](auto& s, auto& t) { s.Insert(t, 2); }},
     {"Insert wide", "head", u"\u00fcber", [](auto& s, auto& t) { s.Insert(t, 2); }},
-    {"Replace", "abcdef", "XY", [](auto& s, auto& t) { s.Replace(t, 2); }},
-    {"Replace past the end", "abc", "xyz", [](auto& s, auto& t) { s.Replace(t, 2); }},
+    {"Replace", "abcdef", kLong, [](auto& s, auto& t) { s.Replace(t, 2); }},
+    {"Replace past the end", "abc", kLong, [](auto& s, auto& t) { s.Replace(t, 2); }},
     {"ReplaceAll units", "a-b-c", "", [](auto& s, auto&) { s.ReplaceAll('-', '+'); }},
     {"ToUpper", "stra\337e", "", [](auto& s, auto&) { s.ToUpper(); }},
     {"ToLower wide", u"GR\u00dcN", "", [](auto& s, auto&) { s.ToLower(); }},
     {"Cut", "abcdef", "", [](auto& s, auto&) { s.Cut(1, 2); }},
     {"Trim", "  padded  ", "", [](auto& s, auto&) { s.Trim(); }},
-    {"Fill", "abc", "", [](auto& s, auto&) { s.Fill(5, 'z'); }},
+    {"Fill", "abc", "", [](auto& s, auto&) { s.Fill(30, 'z'); }},
     {"Expand wide", u"ab", "",
-     [](auto& s, auto&) { s.Expand(6, static_cast<unsigned short>(u'\u00e9')); }},
+     [](auto& s, auto&) { s.Expand(16, static_cast<unsigned short>(0xe9)); }},
     {"SetCodeSet", "caf\xe9", "", [](auto& s, auto&) { s.SetCodeSet(253); }},
     {"MapToCodeSet", "caf\xe9", "", [](auto& s, auto&) { s.MapToCodeSet(2); }},
     {"CopyMapped", "old", u"wide \u00e9", [](auto& s, auto& t) { s.CopyMapped(t, 1); }},
 };
 
-// The same edits for both case-insensitive strings.
+// The same for both case-insensitive strings.
 template <typename T>
 const StringCase<T> kFoldedCases[] = {
     {"copy", "copied", "", nullptr, [](auto& s, auto&) { return T(s); }},
@@ -508,7 +489,12 @@ const StringCase<T> kFoldedCases[] = {
     {"ToUpper", "MiXeD", "", [](auto& s, auto&) { s.ToUpper(); }},
 };
 
-// Two arguments, both built before the run is armed.
+template <typename Cases>
+void ExhaustAll(const std::string& type, const Cases& cases) {
+  for (const auto& c : cases) Exhaust(type + c.name, [&] { return c.Run(); });
+}
+
+// Its two arguments built before the run is armed, as in the table.
 Outcome ReplaceAll(Literal value, Literal from, Literal to) {
   KaString s = value.Make<KaString>(), f = from.Make<KaString>(), t = to.Make<KaString>();
   return Edit(s, [&] { s.ReplaceAll(f, t); });
@@ -519,6 +505,7 @@ Outcome ReplaceAll(Literal value, Literal from, Literal to) {
 class AllocationFailure : public testing::Test {
  protected:
   void SetUp() override {
+    M();  // made unarmed
     g_handlerCalls = 0;
     previous_ = KaSetMemoryHandler(CountingHandler);
   }
@@ -528,16 +515,11 @@ class AllocationFailure : public testing::Test {
     EXPECT_EQ(0, __lsan_do_recoverable_leak_check()) << "leaks: see the report above";
 #endif
   }
-  template <typename Cases>
-  static void ExhaustAll(const std::string& type, const Cases& cases) {
-    for (const auto& c : cases) Exhaust(type + c.name, [&] { return c.Run(); });
-  }
   KaMemoryHandler previous_ = nullptr;
 };
 
 // The injector works: a failed allocation reaches the library as one.
 TEST_F(AllocationFailure, InjectorFailsTheChosenAllocation) {
-  M();  // made unarmed
   g_inject = Injector{false, false, 2, 0, 0};
   Values first(Ka4B_T), second(Ka4B_T);
   Armed([&] {
