@@ -344,10 +344,14 @@ const RowOperation kRowOperations[] = {
      [](Values& v) {
        return Made(KaSTRING_T, 1, [&] { return M().ConvertToKaStringOld(v.p, v.id, kCount); });
      }},
-    {"ConvertFromKaStringOld",
+    {"ConvertFromKaStringOld",  // the caller's text is consumed only with values made
      [](Values& v) {
        KaString text("5,6,7,");
-       return Made(v.id, kCount, [&] { return M().ConvertFromKaStringOld(&text, v.id, kCount); });
+       Outcome o =
+           Made(v.id, kCount, [&] { return M().ConvertFromKaStringOld(&text, v.id, kCount); });
+       o.before.push_back(Show(KaString("5,6,7,")));
+       o.after.push_back(Show(text));
+       return o;
      }},
     {"Print", [](Values& v) { return Printed(v, 1); }},
     {"PrintArray", [](Values& v) { return Printed(v, kCount); }},

@@ -483,8 +483,9 @@ void* KaTypeMgr::ConvertFromKaStringOld(KaString* text, signed char id, unsigned
 
   auto* elements = static_cast<KaString*>(Create(KaSTRING_T, pieces));
   if (elements == nullptr) return nullptr;
-  // The pieces are copied first and the text is consumed once they all are,
-  // so a copy that cannot get its memory loses nothing of the caller's text.
+  // The pieces are copied first and the text is consumed only once the values
+  // exist, so a step that cannot get its memory loses nothing of the caller's
+  // text.
   unsigned short start = 0;
   for (unsigned int i = 0; i < pieces; ++i) {
     const int at = text->Find(separator, start);
@@ -497,7 +498,6 @@ void* KaTypeMgr::ConvertFromKaStringOld(KaString* text, signed char id, unsigned
     }
     start = static_cast<unsigned short>(at + 1);
   }
-  text->Cut(0, start);
   KaTypeConvertData* holder = KaTypeConvertData::Make(KaSTRING_T, pieces, elements, this);
   if (holder == nullptr) {
     Delete(KaSTRING_T, elements, pieces);
@@ -505,6 +505,7 @@ void* KaTypeMgr::ConvertFromKaStringOld(KaString* text, signed char id, unsigned
   }
   void* values = ConvertFrom(id, holder, count);
   delete holder;
+  if (values != nullptr) text->Cut(0, start);
   return values;
 }
 
