@@ -11,6 +11,7 @@
 #include "katypemgr/kaorder.h"
 #include "katypemgr/kaprimtext.h"
 #include "katypemgr/kaprocess.h"
+#include "katypemgr/kastrcmp.h"
 #include "katypemgr/kastring.h"
 #include "katypemgr/katypcmp.h"
 #include "katypemgr/katypes.h"
