@@ -158,6 +158,12 @@ constexpr KaTypeDescriptor StringRow(const char* name, KaIsNullFunc isNull, KaIs
   return row;
 }
 
+// A row with its Hash slot filled in.
+constexpr KaTypeDescriptor WithHash(KaTypeDescriptor row, KaHashFunc hash) {
+  row.hash = hash;
+  return row;
+}
+
 // Shorthands for the slot functions of one width.
 template <KaStoreFunc S, KaStoreFunc L, unsigned int W, int Tag = 0>
 constexpr KaTranslateFunc kTranslate = TranslateScalars<S, L, W, Tag>;
@@ -218,7 +224,7 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
         ByteHash, O_U1BConvertToKaString, O_U1BConvertFromKaString,
         kTranslate<CharStore, CharStore, 1>, CharPrintToKaString, CharScanFromKaString,
         DefaultFromEmptyText<O_U1BConvertFromKaString>, StepInteger<unsigned char>),
-    StringRow("KaString", StringIsNull, StringSetNull, nullptr),
+    WithHash(StringRow("KaString", StringIsNull, StringSetNull, nullptr), StringHash),
     NamedRow("KaDate", "KaDATE_T", "%a %e.%b %Y", Fixed(4)),
     NamedRow("KaTime", "KaTIME_T", "%I:%M:%S %p", Fixed(3)),
     // "BlockId" is "o_u4b" but for its names and its "#" print format.
@@ -232,9 +238,11 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
     NamedRow("KaRef", "KaREF_T", "(%D:%H-%L#%B, %C)", Fixed(16)),
     NamedRow("KaBlob", "KaBLOB_T", "[BLOB,len=%L]", 16),
     NamedRow("KaDateTime", "KaDATIME_T", "%a %e.%b %Y %I:%M:%S %p", Fixed(8)),
-    ClassRow<KaIString>("KaIString", "KaISTRING_T", "%s", NeverNull, nullptr, NoNextValue),
-    ClassRow<KaCaseIString>("KaCaseIString", "KaCASEISTRING_T", "%s", NeverNull, nullptr,
-                            NoNextValue),
+    WithHash(ClassRow<KaIString>("KaIString", "KaISTRING_T", "%s", NeverNull, nullptr, NoNextValue),
+             KaIStringHash),
+    WithHash(ClassRow<KaCaseIString>("KaCaseIString", "KaCASEISTRING_T", "%s", NeverNull, nullptr,
+                                     NoNextValue),
+             KaCaseIStringHash),
     NamedRow("d_Date", "D_DATE_T", "%a %b %e", Fixed(4)),
     NamedRow("d_Time", "D_TIME_T", "%I:%M:%S %p", Fixed(6)),
     NamedRow("d_Timestamp", "D_TIMESTAMP_T", "%a %b %e %I:%M:%S %p", Fixed(10)),
@@ -298,8 +306,10 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
 };
 
 // The string row of older databases: no null value, no stepping; its stored
-// form, comparison, hash and bounds come with the older stored string form.
-constinit KaTypeDescriptor kOldStringRow = StringRow("KaString", NeverNull, nullptr, NoNextValue);
+// form, comparison and bounds come with the older stored string form. Its
+// hash reads both stored forms, as loading does, so it shares the string row's.
+constinit KaTypeDescriptor kOldStringRow =
+    WithHash(StringRow("KaString", NeverNull, nullptr, NoNextValue), StringHash);
 
 // The stored-form slots of the primitive rows, filled from the base services
 // library before the tables are first used.
