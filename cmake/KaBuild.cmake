@@ -14,6 +14,17 @@ if(KA_SANITIZE)
   add_link_options(${KA_SANITIZE_FLAGS})
 endif()
 
+# ThreadSanitizer cannot share a build with AddressSanitizer: a preset of its own.
+option(KA_TSAN "Build with ThreadSanitizer" OFF)
+if(KA_TSAN)
+  if(KA_SANITIZE)
+    message(FATAL_ERROR "KA_TSAN and KA_SANITIZE exclude each other")
+  endif()
+  set(KA_SANITIZE_FLAGS -fsanitize=thread -fno-omit-frame-pointer)
+  add_compile_options(${KA_SANITIZE_FLAGS})
+  add_link_options(${KA_SANITIZE_FLAGS})
+endif()
+
 # Fuzzing instruments every library for coverage; the fuzz targets add the
 # libFuzzer driver themselves.
 if(KA_FUZZ)

@@ -328,6 +328,15 @@ const RowOperation kRowOperations[] = {
        return o;
      },
      kPrimitive, Rule::kNoAllocation},
+    {"Hash",
+     [](Values& v) {
+       int error = 0;
+       unsigned hash = 0;
+       Outcome o = Edit(v, [&] { hash = M().Hash(v.id, 0, v.p, kCount, 8, error); });
+       o.after.insert(o.after.end(), {std::to_string(hash), std::to_string(error)});
+       return o;
+     },
+     kStrings, Rule::kNoAllocation},
     {"ConvertTo",
      [](Values& v) {
        std::unique_ptr<KaTypeConvertData> h;
