@@ -27,16 +27,13 @@ unsigned int HashFixedArray(unsigned char format, unsigned int bufferLength, con
   // 64-bit arithmetic: count times the element size may exceed 32 bits.
   const uint64_t end = bufferLength != 0 ? bufferLength : uint64_t{count} * elementSize;
   const auto* bytes = static_cast<const unsigned char*>(values);
+  // Whole elements inside the buffer, counted once, so the loop has no test.
+  const uint64_t whole = bytes == nullptr ? 0 : end / elementSize;
+  const uint64_t n = whole < count ? whole : count;
+  if (n < count) status = kKaArrayBoundExceeded;
   uint32_t folded = 0;
-  uint64_t offset = 0;
-  for (unsigned int i = 0; i < count; ++i, offset += elementSize) {
-    // An element cut by the buffer end is not read: it counts as not there.
-    if (bytes == nullptr || offset + elementSize > end) {
-      status = kKaArrayBoundExceeded;
-      break;
-    }
-    folded ^= static_cast<uint32_t>(keyOf(bytes + offset, format));
-  }
+  for (uint64_t i = 0; i < n; ++i)
+    folded ^= static_cast<uint32_t>(keyOf(bytes + i * elementSize, format));
   return folded * kKaHashMultiplier;
 }
 
