@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -249,6 +250,35 @@ TEST_F(StrCmpTest, WildcardCharactersCanBeChanged) {
   EXPECT_EQ(0, Latin("abc", "a%", 0));
   EXPECT_NE(0, Latin("abc", "a*", 0));
   KaString::SetAsterisk(KaChar('*', 1, 0));
+}
+
+// A brute-force matcher: the independent answer to "does the value match".
+bool Glob(const char* v, const char* p, bool escapes) {
+  if (*p == 0) return *v == 0;
+  if (*p == '*') return Glob(v, p + 1, escapes) || (*v != 0 && Glob(v + 1, p, escapes));
+  if (*p == '?') return *v != 0 && Glob(v + 1, p + 1, escapes);
+  if (escapes && *p == '\\' && p[1] != 0) ++p;
+  return *v == *p && Glob(v + 1, p + 1, escapes);
+}
+
+std::string RandomText(std::mt19937& rng, const char* alphabet, int maxLength) {
+  std::string s;
+  const int n = static_cast<int>(rng() % (maxLength + 1));
+  for (int i = 0; i < n; ++i) s.push_back(alphabet[rng() % std::strlen(alphabet)]);
+  return s;
+}
+
+TEST_F(StrCmpTest, MatchersAgreeWithBruteForce) {
+  std::mt19937 rng(7);
+  for (int i = 0; i < 20000; ++i) {
+    const std::string value = RandomText(rng, "abA*", 7);
+    const std::string pattern = RandomText(rng, "ab*?A\\", 6);
+    SCOPED_TRACE(value + " against " + pattern);
+    EXPECT_EQ(Glob(value.c_str(), pattern.c_str(), false),
+              Bytes(value.c_str(), pattern.c_str(), 0) == 0);
+    EXPECT_EQ(Glob(value.c_str(), pattern.c_str(), true),
+              Latin(value.c_str(), pattern.c_str(), 0) == 0);
+  }
 }
 
 // --- Maximum lengths ----------------------------------------------------------------
