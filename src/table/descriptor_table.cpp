@@ -158,6 +158,12 @@ constexpr KaTypeDescriptor StringRow(const char* name, KaIsNullFunc isNull, KaIs
   return row;
 }
 
+// A row with its Compare slot filled.
+constexpr KaTypeDescriptor WithCompare(KaTypeDescriptor row, KaCompareFunc compare) {
+  row.compare = compare;
+  return row;
+}
+
 // Shorthands for the slot functions of one width.
 template <KaStoreFunc S, KaStoreFunc L, unsigned int W, int Tag = 0>
 constexpr KaTranslateFunc kTranslate = TranslateScalars<S, L, W, Tag>;
@@ -218,7 +224,7 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
         ByteHash, O_U1BConvertToKaString, O_U1BConvertFromKaString,
         kTranslate<CharStore, CharStore, 1>, CharPrintToKaString, CharScanFromKaString,
         DefaultFromEmptyText<O_U1BConvertFromKaString>, StepInteger<unsigned char>),
-    StringRow("KaString", StringIsNull, StringSetNull, nullptr),
+    WithCompare(StringRow("KaString", StringIsNull, StringSetNull, nullptr), StringCompare),
     NamedRow("KaDate", "KaDATE_T", "%a %e.%b %Y", Fixed(4)),
     NamedRow("KaTime", "KaTIME_T", "%I:%M:%S %p", Fixed(3)),
     // "BlockId" is "o_u4b" but for its names and its "#" print format.
@@ -232,9 +238,12 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
     NamedRow("KaRef", "KaREF_T", "(%D:%H-%L#%B, %C)", Fixed(16)),
     NamedRow("KaBlob", "KaBLOB_T", "[BLOB,len=%L]", 16),
     NamedRow("KaDateTime", "KaDATIME_T", "%a %e.%b %Y %I:%M:%S %p", Fixed(8)),
-    ClassRow<KaIString>("KaIString", "KaISTRING_T", "%s", NeverNull, nullptr, NoNextValue),
-    ClassRow<KaCaseIString>("KaCaseIString", "KaCASEISTRING_T", "%s", NeverNull, nullptr,
-                            NoNextValue),
+    WithCompare(
+        ClassRow<KaIString>("KaIString", "KaISTRING_T", "%s", NeverNull, nullptr, NoNextValue),
+        KaIStringCompare),
+    WithCompare(ClassRow<KaCaseIString>("KaCaseIString", "KaCASEISTRING_T", "%s", NeverNull,
+                                        nullptr, NoNextValue),
+                KaCaseIStringCompare),
     NamedRow("d_Date", "D_DATE_T", "%a %b %e", Fixed(4)),
     NamedRow("d_Time", "D_TIME_T", "%I:%M:%S %p", Fixed(6)),
     NamedRow("d_Timestamp", "D_TIMESTAMP_T", "%a %b %e %I:%M:%S %p", Fixed(10)),
@@ -299,7 +308,8 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
 
 // The string row of older databases: no null value, no stepping; its stored
 // form, comparison, hash and bounds come with the older stored string form.
-constinit KaTypeDescriptor kOldStringRow = StringRow("KaString", NeverNull, nullptr, NoNextValue);
+constinit KaTypeDescriptor kOldStringRow =
+    WithCompare(StringRow("KaString", NeverNull, nullptr, NoNextValue), OldStringCompare);
 
 // The stored-form slots of the primitive rows, filled from the base services
 // library before the tables are first used.
