@@ -155,6 +155,23 @@ class KATYPEMGR_API KaString {
     return Find(s, start, 65535);
   }
 
+  // --- Comparison --------------------------------------------------------------
+  // Through KaStrCmp with mode 1 and the default options (an exact comparison
+  // unless changed: equality is then not a pattern match, and a null string
+  // never equals an empty one). A string always equals itself.
+  bool operator==(const KaString& other) const;
+  bool operator!=(const KaString& other) const { return !(*this == other); }
+  bool operator<(const KaString& other) const;
+  bool operator<=(const KaString& other) const;
+  bool operator>(const KaString& other) const;
+  bool operator>=(const KaString& other) const;
+  // KaStrCmp's answer over at most `maxLength` characters (-1: all) with
+  // `cmpOp` (65535: the default options); `other` is the pattern.
+  int Compare(const KaString& other, short maxLength = -1, unsigned short cmpOp = 65535) const;
+  // Keys one by one (the simple comparison), under the common language when
+  // both have the same one and under language 0 otherwise.
+  bool EqualsIgnoreLanguage(const KaString& other) const;
+
   // --- Numbers -----------------------------------------------------------------
   // Result 0 first; -1 when the first unit is neither a digit nor "-", else 0
   // with the decimal value (Atol, Atoll) or the value in the base its prefix
@@ -310,6 +327,30 @@ class KATYPEMGR_API KaChar {
   unsigned char Language() const { return language_; }
   unsigned char UnitWidth() const { return codeSet_ > 224 ? 2 : 1; }
   const char* Position() const { return position_; }
+
+  // KaStrCmp over the one character of each (maximum length 1, mode 1) with
+  // the default options; `char` and `unsigned short` operands are characters
+  // of the default 8-bit and 16-bit code sets and the default language.
+  bool operator==(const KaChar& other) const;
+  bool operator!=(const KaChar& other) const;
+  bool operator<(const KaChar& other) const;
+  bool operator<=(const KaChar& other) const;
+  bool operator>(const KaChar& other) const;
+  bool operator>=(const KaChar& other) const;
+  bool operator==(char c) const;
+  bool operator!=(char c) const;
+  bool operator<(char c) const;
+  bool operator<=(char c) const;
+  bool operator>(char c) const;
+  bool operator>=(char c) const;
+  bool operator==(unsigned short unit) const;
+  bool operator!=(unsigned short unit) const;
+  bool operator<(unsigned short unit) const;
+  bool operator<=(unsigned short unit) const;
+  bool operator>(unsigned short unit) const;
+  bool operator>=(unsigned short unit) const;
+  // KaStrCmp's answer with `cmpOp` (65535: the default options).
+  int Compare(const KaChar& other, unsigned short cmpOp = 65535) const;
 
   // The first collation order of the character.
   unsigned short Order() const;

@@ -7,6 +7,7 @@
 #include "kabase/codec.h"
 #include "kai18n/codeset.h"
 #include "kai18n/langctx.h"
+#include "katypemgr/kastrcmp.h"
 #include "katypemgr/kastring.h"
 
 namespace {
@@ -74,6 +75,64 @@ unsigned short KaChar::Unit() const {
   ShortStoreOne(&unit, position_, byteOrder_);
   return unit;
 }
+
+namespace {
+
+// One character as a terminated text of its code set, for KaStrCmp. Read
+// through Unit(), so a character in a string's buffer honours its byte-order
+// flag and stops after itself.
+struct CharText {
+  explicit CharText(const KaChar& c) {
+    if (c.UnitWidth() == 1) {
+      bytes[0] = static_cast<char>(c.Unit() & 0xFF);
+    } else {
+      ka::StoreU16(bytes, c.Unit(),
+                   c.CodeSet() == 254 ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
+    }
+  }
+  char bytes[4] = {0, 0, 0, 0};
+};
+
+int CompareChars(const KaChar& a, const KaChar& b, unsigned short cmpOp) {
+  if (cmpOp == 65535) cmpOp = KaLanguageContext::GetDefaultCmpOp();
+  const CharText ta(a);
+  const CharText tb(b);
+  // Mode 1, as every comparison of the string classes.
+  return KaStrCmp(a.CodeSet(), a.Language(), ta.bytes, b.CodeSet(), b.Language(), tb.bytes, cmpOp,
+                  1, 1, nullptr);
+}
+
+}  // namespace
+
+int KaChar::Compare(const KaChar& other, unsigned short cmpOp) const {
+  return CompareChars(*this, other, cmpOp);
+}
+bool KaChar::operator==(const KaChar& other) const {
+  return CompareChars(*this, other, 65535) == 0;
+}
+bool KaChar::operator!=(const KaChar& other) const {
+  return CompareChars(*this, other, 65535) != 0;
+}
+bool KaChar::operator<(const KaChar& other) const { return CompareChars(*this, other, 65535) < 0; }
+bool KaChar::operator<=(const KaChar& other) const {
+  return CompareChars(*this, other, 65535) <= 0;
+}
+bool KaChar::operator>(const KaChar& other) const { return CompareChars(*this, other, 65535) > 0; }
+bool KaChar::operator>=(const KaChar& other) const {
+  return CompareChars(*this, other, 65535) >= 0;
+}
+bool KaChar::operator==(char c) const { return *this == KaChar(c); }
+bool KaChar::operator!=(char c) const { return *this != KaChar(c); }
+bool KaChar::operator<(char c) const { return *this < KaChar(c); }
+bool KaChar::operator<=(char c) const { return *this <= KaChar(c); }
+bool KaChar::operator>(char c) const { return *this > KaChar(c); }
+bool KaChar::operator>=(char c) const { return *this >= KaChar(c); }
+bool KaChar::operator==(unsigned short unit) const { return *this == KaChar(unit); }
+bool KaChar::operator!=(unsigned short unit) const { return *this != KaChar(unit); }
+bool KaChar::operator<(unsigned short unit) const { return *this < KaChar(unit); }
+bool KaChar::operator<=(unsigned short unit) const { return *this <= KaChar(unit); }
+bool KaChar::operator>(unsigned short unit) const { return *this > KaChar(unit); }
+bool KaChar::operator>=(unsigned short unit) const { return *this >= KaChar(unit); }
 
 unsigned short KaChar::Order() const { return OrderOf(codeSet_, Unit()); }
 bool KaChar::IsSpace() const { return Order() < kKaOrderSymbolBase; }

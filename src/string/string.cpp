@@ -16,6 +16,7 @@
 #include "kabase/memory.h"
 #include "kai18n/codeset.h"
 #include "kai18n/langctx.h"
+#include "katypemgr/kastrcmp.h"
 #include "katypemgr/kastring.h"
 
 namespace {
@@ -1107,4 +1108,45 @@ unsigned short KaString::GetEscape() { return WildcardOrder(g_escape, '\\'); }
 const KaString& KaString::EmptyString() {
   static const KaString empty;
   return empty;
+}
+
+// --- Comparison ------------------------------------------------------------------
+
+namespace {
+
+// The string classes compare in mode 1 (see KaStrCmp).
+constexpr unsigned char kClassMode = 1;
+
+int CompareStrings(const KaString& a, const KaString& b, short maxLength, unsigned short cmpOp) {
+  if (cmpOp == 65535) cmpOp = KaLanguageContext::GetDefaultCmpOp();
+  return KaStrCmp(a.CodeSet(), a.Language(), a.StrGet(), b.CodeSet(), b.Language(), b.StrGet(),
+                  cmpOp, maxLength, kClassMode, nullptr);
+}
+
+}  // namespace
+
+bool KaString::operator==(const KaString& other) const {
+  return this == &other || CompareStrings(*this, other, -1, 65535) == 0;
+}
+bool KaString::operator<(const KaString& other) const {
+  return CompareStrings(*this, other, -1, 65535) < 0;
+}
+bool KaString::operator<=(const KaString& other) const {
+  return CompareStrings(*this, other, -1, 65535) <= 0;
+}
+bool KaString::operator>(const KaString& other) const {
+  return CompareStrings(*this, other, -1, 65535) > 0;
+}
+bool KaString::operator>=(const KaString& other) const {
+  return CompareStrings(*this, other, -1, 65535) >= 0;
+}
+
+int KaString::Compare(const KaString& other, short maxLength, unsigned short cmpOp) const {
+  return CompareStrings(*this, other, maxLength, cmpOp);
+}
+
+bool KaString::EqualsIgnoreLanguage(const KaString& other) const {
+  const unsigned char language = language_ == other.language_ ? language_ : 0;
+  return KaStrCmp(codeSet_, language, buffer_, other.codeSet_, language, other.buffer_,
+                  kKaCmpSimple, -1, kClassMode, nullptr) == 0;
 }

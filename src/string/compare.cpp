@@ -1,0 +1,388 @@
+// KaStrCmp: byte comparison, the byte wildcard matcher and the collating
+// comparison (simple and multi-level, with wildcards). Walks text through
+// KaStringIterator and allocates nothing: the one saved resume state of the
+// wildcard walk lives on the stack.
+#include <climits>
+#include <cstdint>
+
+#include "kai18n/langctx.h"
+#include "katypemgr/kastrcmp.h"
+#include "katypemgr/kastring.h"
+
+namespace {
+
+// Options word bits that only this file reads.
+constexpr unsigned short kStepFirstOrderOnly = kKaCmpStepFlag;
+
+// The language whose letter keys keep the raw order (its letters are not
+// reordered by diacritic and case fields).
+constexpr unsigned char kRawOrderLanguage = 20;
+
+constexpr uint32_t kPrimaryMask = 0xFFFFFF80;    // base letter, extension, class, language
+constexpr uint32_t kDiacriticMask = 0xFFFFFF9F;  // primary and diacritic
+constexpr uint32_t kCaseMask = 0xFFFFFFE0;       // primary and case
+
+bool IsNull(unsigned char codeSet, unsigned char language) {
+  return language == KaString::kNullLanguage || (codeSet == 254 && language == 0);
+}
+
+// A difference of 32-bit keys, with its sign kept when it does not fit an int.
+int Clamp(int64_t d) {
+  if (d > INT_MAX) return INT_MAX;
+  if (d < -INT_MAX) return -INT_MAX;
+  return static_cast<int>(d);
+}
+
+// The 32-bit key of order `o` in `language`. A letter order holds, from the
+// top, case, diacritic, base letter and extension; the key moves base letter
+// and extension above diacritic and case, so that the low seven key bits are
+// the levels that break ties (bits 0..4 diacritic, 5..6 case).
+uint32_t Key(unsigned short o, unsigned char language) {
+  if (o == 0) return 0;
+  const uint32_t lang = static_cast<uint32_t>(language) << 24;
+  if (language != kRawOrderLanguage && o < 0x8000 && (o & 0x4000) != 0) {
+    return lang | ((((o & 0x407Fu) << 8)) + ((o >> 7) & 0x7Fu));
+  }
+  return lang | (static_cast<uint32_t>(o) << 8);
+}
+
+uint32_t KeyMask(unsigned short cmpOp) {
+  uint32_t mask = 0xFFFFFFFF;
+  if ((cmpOp & kKaCmpIgnoreCase) != 0) mask &= 0xFFFFFF9F;
+  if ((cmpOp & kKaCmpIgnoreDiacritics) != 0) mask &= 0xFFFFFFE0;
+  return mask;
+}
+
+// --- Bytes ---------------------------------------------------------------------
+
+// `budget` < 0: unlimited.
+int CompareBytes(const unsigned char* s1, const unsigned char* s2, long budget) {
+  if (s1 == nullptr) return s2 == nullptr || *s2 == 0 ? 0 : -1;
+  if (s2 == nullptr) return *s1 != 0 ? 1 : 0;
+  for (long i = 0; budget < 0 || i < budget; ++i) {
+    if (s1[i] != s2[i]) return s1[i] - s2[i];
+    if (s1[i] == 0) break;
+  }
+  return 0;
+}
+
+// Value `v` against pattern `p` with "*" and "?" (no escape). One resume
+// point, the most recent star's, is enough: any way of matching the rest that
+// an earlier star could find by taking more, the latest star finds as well.
+int MatchBytes(const unsigned char* v, const unsigned char* p, long budget) {
+  if (p == nullptr) return v != nullptr && *v != 0 ? 1 : 0;
+  if (v == nullptr) return *p != 0 ? -1 : 0;
+  const unsigned char* const start = v;
+  const unsigned char* afterStar = nullptr;  // pattern after the open star
+  const unsigned char* resume = nullptr;     // value where that star retries
+  auto spent = [&] { return budget >= 0 && v - start >= budget; };
+  for (;;) {
+    if (spent()) return 0;
+    bool scan = false;
+    if (*p == '*') {
+      while (*p == '*') ++p;
+      if (*p == 0) return 0;
+      if (*v == 0) return -1;
+      afterStar = p;
+      scan = true;
+    } else if (*p == '?') {
+      if (*v == 0) return -1;
+      ++v;
+      ++p;
+      continue;
+    } else if (*p == *v) {
+      if (*p == 0) return 0;
+      ++v;
+      ++p;
+      continue;
+    } else if (afterStar == nullptr) {
+      return *v - *p;
+    } else {
+      v = resume;  // a mismatch under an open star: the star takes one more
+      p = afterStar;
+      scan = true;
+    }
+    if (scan) {
+      // To the next value byte that can start the rest of the pattern.
+      for (; *p != '?' && *v != *p; ++v) {
+        if (spent()) return 0;
+        if (*v == 0) return 0 - *p;
+      }
+      if (*v == 0) return -1;  // "?" after the star, at the end of the value
+      resume = v + 1;
+      ++v;
+      ++p;
+    }
+  }
+}
+
+// --- Collating ------------------------------------------------------------------
+
+// One side of a collating walk: an iterator and the count of characters begun,
+// against the maximum length.
+struct Walker {
+  KaStringIterator it;
+  int taken = 0;
+  int limit = -1;  // characters; -1 unlimited
+  bool firstOrderOnly = false;
+
+  Walker(unsigned char codeSet, unsigned char language, const void* text, int maxChars,
+         bool firstOnly)
+      : it(codeSet > 224
+               ? KaStringIterator(static_cast<const unsigned short*>(text), codeSet, language)
+               : KaStringIterator(static_cast<const char*>(text), codeSet, language)),
+        limit(maxChars),
+        firstOrderOnly(firstOnly) {}
+
+  // The next order starts a character (it is not the rest of an expansion).
+  bool AtCharacter() const { return !it.OverflowActive(); }
+  bool Spent() const { return AtCharacter() && limit >= 0 && taken >= limit; }
+  bool AtEnd() const { return AtCharacter() && (Spent() || it.IsEOS()); }
+
+  // The next order; 0 at the end of the text or of the maximum length.
+  unsigned short Next() {
+    if (AtCharacter()) {
+      if (Spent() || it.IsEOS()) return 0;
+      ++taken;
+    }
+    const unsigned short o = it.GetNextOrder(1);
+    if (firstOrderOnly) FinishCharacter();
+    return o;
+  }
+  // Passes the orders left of the current character's expansion.
+  void FinishCharacter() {
+    while (it.OverflowActive()) it.Step(1);
+  }
+};
+
+// The tie-breaking levels seen so far, on masked keys whose primary parts
+// were equal.
+struct Levels {
+  int64_t diacritic = 0;  // the last nonzero one
+  int64_t caseLevel = 0;  // the first nonzero one
+
+  void Record(uint32_t k1, uint32_t k2) {
+    const int64_t d = static_cast<int64_t>(k1 & kDiacriticMask) - (k2 & kDiacriticMask);
+    if (d != 0) diacritic = d;
+    // Operands reversed: a lower-case letter (nonzero case field) sorts
+    // before its capital.
+    const int64_t c = static_cast<int64_t>(k2 & kCaseMask) - (k1 & kCaseMask);
+    if (caseLevel == 0) caseLevel = c;
+  }
+};
+
+struct Options {
+  unsigned char language1;
+  unsigned char language2;
+  unsigned short cmpOp;
+  unsigned char mode;
+  uint32_t mask;  // what the walk and the levels see of a key
+  int* running;   // null unless the running difference is asked for
+};
+
+int Resolve(const Levels& levels, const Options& o) {
+  if (levels.diacritic != 0 && o.mode == 0) return Clamp(levels.diacritic);
+  if (levels.caseLevel != 0 && (o.cmpOp & kKaCmpIgnoreCase) == 0) return Clamp(levels.caseLevel);
+  return 0;
+}
+
+int CompareSimple(Walker& w1, Walker& w2, const Options& o) {
+  for (;;) {
+    const unsigned short o1 = w1.Next();
+    const unsigned short o2 = w2.Next();
+    const uint32_t k1 = Key(o1, o.language1) & o.mask;
+    const uint32_t k2 = Key(o2, o.language2) & o.mask;
+    const int d = Clamp(static_cast<int64_t>(k1) - k2);
+    if (o1 != 0 && o2 != 0 && o.running != nullptr) *o.running = d;
+    if (d != 0 || o1 == 0) return d;
+  }
+}
+
+enum class Kind : unsigned char { kEnd, kStar, kQuestion, kLiteral };
+struct Token {
+  Kind kind;
+  unsigned short order;
+};
+
+struct Wildcards {
+  bool active;
+  unsigned short star, question, escape;
+};
+
+// The next pattern element. Only the first order of a character can be a
+// wildcard or the escape; the escape makes the character after it literal,
+// and stands for itself at the end of the pattern.
+Token ReadToken(Walker& p, const Wildcards& w) {
+  const bool fresh = p.AtCharacter();
+  const unsigned short o = p.Next();
+  if (o == 0) return {Kind::kEnd, 0};
+  if (!w.active || !fresh) return {Kind::kLiteral, o};
+  if (o == w.star) return {Kind::kStar, o};
+  if (o == w.question) return {Kind::kQuestion, o};
+  if (o == w.escape) {
+    p.FinishCharacter();
+    const Walker before = p;
+    const unsigned short escaped = p.Next();
+    if (escaped != 0) return {Kind::kLiteral, escaped};
+    p = before;
+  }
+  return {Kind::kLiteral, o};
+}
+
+// The multi-level walk of value `v` against `p` (a pattern unless exact).
+//
+// The walk takes one pattern element at a time. A literal is compared with the
+// value's next order by masked key: equal keys go on; a primary difference is
+// a mismatch; a difference below the primary level is kept in the levels and
+// the walk goes on, unless a star is open, where it is a mismatch too (the
+// match must be equal at every level the result counts). A "?" takes one
+// whole value character, its expansion included. A run of stars opens a star:
+// the walk saves its resume state (value position, the pattern after the
+// stars, the levels) and scans the value for the first character whose first
+// order equals the element after the stars. A mismatch under an open star
+// returns to the saved state, one character further on. Only the latest star
+// is kept: a match that an earlier star could reach by taking more, the
+// latest star reaches as well, so older states never change the answer.
+int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
+  const bool exact = !w.active;
+  Levels levels;
+  bool starOpen = false;
+  Walker savedV = v;
+  Walker savedP = p;
+  Levels savedLevels;
+  auto report = [&](int d) {
+    if (o.running != nullptr) *o.running = d;
+  };
+
+  for (;;) {
+    // The value's maximum length is spent and the pattern agrees so far.
+    if (!exact && v.Spent()) return Resolve(levels, o);
+    Token t = ReadToken(p, w);
+    bool scan = false;
+    if (t.kind == Kind::kStar) {
+      Walker afterStars = p;
+      do {
+        afterStars = p;
+        t = ReadToken(p, w);
+      } while (t.kind == Kind::kStar);
+      if (t.kind == Kind::kEnd) return Resolve(levels, o);
+      if (v.AtEnd()) return -1;
+      starOpen = true;
+      savedP = afterStars;
+      savedLevels = levels;
+      scan = true;
+    } else if (t.kind == Kind::kQuestion) {
+      if (v.AtEnd()) return -1;
+      v.Next();
+      v.FinishCharacter();
+      continue;
+    } else {
+      const unsigned short vo = v.Next();
+      if (vo == 0 && t.kind == Kind::kEnd) {
+        const int r = Resolve(levels, o);
+        // Both texts ended together: only an exact comparison goes on to the
+        // lengths, which differ when an expansion met its spelled-out letters.
+        return r != 0 || !exact ? r : v.taken - p.taken;
+      }
+      const uint32_t k1 = Key(vo, o.language1) & o.mask;
+      const uint32_t k2 = Key(t.order, o.language2) & o.mask;
+      if (k1 == k2) {
+        if (vo != 0) report(Resolve(levels, o));
+        continue;
+      }
+      const int64_t primary = static_cast<int64_t>(k1 & kPrimaryMask) - (k2 & kPrimaryMask);
+      if (!starOpen) {
+        if (primary != 0) {
+          if (vo != 0 && t.order != 0) report(Clamp(primary));
+          return Clamp(primary);
+        }
+        levels.Record(k1, k2);
+        report(Resolve(levels, o));
+        continue;
+      }
+      // The open star takes one more character.
+      v = savedV;
+      p = savedP;
+      levels = savedLevels;
+      t = ReadToken(p, w);
+      scan = true;
+    }
+    if (!scan) continue;
+    // To the next value character that can start the rest of the pattern.
+    if (t.kind == Kind::kQuestion) {
+      if (v.Spent()) return Resolve(levels, o);
+      if (v.AtEnd()) return -1;
+      v.Next();
+      v.FinishCharacter();
+      savedV = v;
+      continue;
+    }
+    const uint32_t k2 = Key(t.order, o.language2) & o.mask;
+    for (;;) {
+      if (v.Spent()) return Resolve(levels, o);
+      const unsigned short vo = v.Next();
+      if (vo == 0) return Clamp(-static_cast<int64_t>(k2 & kPrimaryMask));
+      if ((Key(vo, o.language1) & o.mask) == k2) break;
+      v.FinishCharacter();
+    }
+    // The found character's further orders meet the element's in the walk.
+    savedV = v;
+    savedV.FinishCharacter();
+  }
+}
+
+int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeSet2, const void* s2,
+                     short maxLength, const Options& o) {
+  const int limit = maxLength < 0 ? -1 : maxLength;
+  const bool firstOnly = (o.cmpOp & kStepFirstOrderOnly) != 0;
+  Walker w1(codeSet1, o.language1, s1, limit, firstOnly);
+  if ((o.cmpOp & kKaCmpSimple) != 0) {
+    Walker w2(codeSet2, o.language2, s2, limit, firstOnly);
+    return CompareSimple(w1, w2, o);
+  }
+  Wildcards w{(o.cmpOp & kKaCmpExact) == 0, 0, 0, 0};
+  if (w.active) {
+    w.star = KaString::GetAsterisk();
+    w.question = KaString::GetQuestion();
+    w.escape = KaString::GetEscape();
+  }
+  // A pattern is not cut: the value's maximum length decides when the walk
+  // stops (an escape and its character are one element, not two).
+  Walker w2(codeSet2, o.language2, s2, w.active ? -1 : limit, firstOnly);
+  Options levelled = o;
+  // Mode 0 alone breaks ties by diacritics; elsewhere they are as invisible to
+  // the walk as what the options mask, so that a pattern matches exactly when
+  // the answer is 0.
+  if (o.mode != 0) levelled.mask &= 0xFFFFFFE0;
+  return CompareLevels(w1, w2, levelled, w);
+}
+
+}  // namespace
+
+int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
+             unsigned char codeSet2, unsigned char language2, const void* s2, unsigned short cmpOp,
+             short maxLength, unsigned char mode, int* result) {
+  const bool null1 = IsNull(codeSet1, language1);
+  const bool null2 = IsNull(codeSet2, language2);
+  const bool ordering = (cmpOp & (kKaCmpExact | kKaCmpSimple)) != 0;
+  if (null1 && null2) return 0;
+  if (null1 && ordering) return -1;
+  if (null2) return 1;
+  if (maxLength == 0) return 0;
+  // A null value still matched against a pattern has no text.
+  if (null1) s1 = nullptr;
+
+  if (codeSet1 == 0 && codeSet2 == 0) {
+    const auto* b1 = static_cast<const unsigned char*>(s1);
+    const auto* b2 = static_cast<const unsigned char*>(s2);
+    const long budget = maxLength < 0 ? -1 : maxLength;
+    return ordering ? CompareBytes(b1, b2, budget) : MatchBytes(b1, b2, budget);
+  }
+  if (codeSet1 == 0) codeSet1 = KaLanguageContext::GetNativeCodeSet();
+  if (codeSet2 == 0) codeSet2 = KaLanguageContext::GetNativeCodeSet();
+
+  int* running = (cmpOp & kKaCmpRunningDifference) != 0 ? result : nullptr;
+  if (running != nullptr) *running = 0;
+  const Options o{language1, language2, cmpOp, mode, KeyMask(cmpOp), running};
+  return CompareCollating(codeSet1, s1, codeSet2, s2, maxLength, o);
+}
