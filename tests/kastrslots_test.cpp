@@ -347,14 +347,14 @@ TEST(FoldedStringSlots, WalkAndBound) {
 // The older stored form: one N (the size of all that follows), then the texts
 // back to back, each ended by a zero byte.
 Bytes OldForm(const std::vector<std::string>& texts, bool big) {
-  Bytes body;
-  for (const std::string& t : texts) {
-    body.insert(body.end(), t.begin(), t.end());
-    body.push_back(0);
-  }
+  unsigned n = 0;
+  for (const std::string& t : texts) n += unsigned(t.size()) + 1;
   Bytes out;
-  Put16(out, unsigned(body.size()), big);
-  out.insert(out.end(), body.begin(), body.end());
+  Put16(out, n, big);
+  for (const std::string& t : texts) {
+    for (char c : t) out.push_back(static_cast<unsigned char>(c));
+    out.push_back(0);
+  }
   return out;
 }
 
@@ -377,7 +377,7 @@ TEST(OldStringSlot, ComparesTheZeroTerminatedForm) {
               Slot(OldStringCompare, format, 0, o1.data(), 0, o2.data(), 16, 1).result);
     // With length 0, N bounds the texts: bytes after them are not a text.
     Bytes trailing = OldForm({"abc"}, big);
-    trailing.insert(trailing.end(), {'a', 'b', 'd', 0});
+    for (unsigned char c : {'a', 'b', 'd', '\0'}) trailing.push_back(c);
     const Bytes two = OldForm({"abc", "abd"}, big);
     const Outcome bounded =
         Slot(OldStringCompare, format, 0, trailing.data(), 0, two.data(), 16, 2);
