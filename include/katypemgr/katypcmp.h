@@ -101,4 +101,61 @@ KATYPEMGR_API int DoubleCompare(unsigned char format, unsigned int length1, void
                                 unsigned int length2, void* values2, unsigned short option,
                                 unsigned int count, int& error);
 
+// --- The string rows ------------------------------------------------------------------
+//
+// The same shape, walk and 2101 rule as above; `option` is the comparison
+// options word (the cmp op of kastrcmp.h), passed on unchanged.
+//
+//   StringCompare     KaString. Memory form (nibble 8 or 1): the elements are
+//                     KaString objects (stride sizeof(KaString)). Stored form:
+//                     the stored string elements, each N + 2 bytes (offsets 0..1
+//                     N in the nibble's byte order, 2 code set, 3 language, 4..N-1
+//                     the text, then 0x00 0xFF); 16-bit units are read in the
+//                     nibble's byte order. Each pair goes to KaStrCmp with the
+//                     elements' own code sets and languages, maximum length -1
+//                     and mode 1, so a null string (language 254) sorts first
+//                     and equals only a null string.
+//   OldStringCompare  The string row of older databases. Memory form as
+//                     StringCompare. Stored form: the older one, a two-byte N
+//                     (the size of all that follows it) and then the texts back to
+//                     back, each ended by a zero byte; each text is compared as
+//                     its load makes it: bytes of the default 8-bit code set in
+//                     the default language.
+//   KaIStringCompare, KaCaseIStringCompare
+//                     KaIString / KaCaseIString. Memory form: the objects, each
+//                     pair by the class's folding comparison with each side's
+//                     own flags word. Stored form: the stored string elements as
+//                     above, their text read as bytes; an element carries no
+//                     flags word, so both sides compare with flags 0, as a
+//                     loaded value has them. With kKaCmpSimple (256) in `option`
+//                     both forms compare plain unsigned bytes instead (KaStrCmp's
+//                     byte comparison); every other bit is ignored.
+//
+// Lengths: 0 means `count` objects in memory form; for stored arrays it means
+// "not bounded": each element is taken at its own N (for the older form, the
+// texts are bounded by N + 2 from the prefix). With a length given, nothing
+// outside it is read, and an element that does not lie wholly inside it, or
+// whose N is below 4 (too short for the code set and language bytes), is not
+// an element: the array ends before it.
+//
+// Results are -1, 0 or +1. Texts that cannot be read in place (16-bit units,
+// which are stored unaligned and end in 0x00 0xFF rather than a zero unit, and
+// a stored text whose terminator is missing) are copied into a buffer on the
+// stack; only texts longer than 512 bytes take heap memory, through KaMalloc.
+// If that fails (KaCallMemoryHandler has been called), the first 512 bytes of
+// the text are compared. A derived unit size other than 1 or 2 is reported
+// through KAMO_assert.
+KATYPEMGR_API int StringCompare(unsigned char format, unsigned int length1, void* values1,
+                                unsigned int length2, void* values2, unsigned short option,
+                                unsigned int count, int& error);
+KATYPEMGR_API int OldStringCompare(unsigned char format, unsigned int length1, void* values1,
+                                   unsigned int length2, void* values2, unsigned short option,
+                                   unsigned int count, int& error);
+KATYPEMGR_API int KaIStringCompare(unsigned char format, unsigned int length1, void* values1,
+                                   unsigned int length2, void* values2, unsigned short option,
+                                   unsigned int count, int& error);
+KATYPEMGR_API int KaCaseIStringCompare(unsigned char format, unsigned int length1, void* values1,
+                                       unsigned int length2, void* values2, unsigned short option,
+                                       unsigned int count, int& error);
+
 #endif  // KATYPEMGR_KATYPCMP_H_

@@ -164,6 +164,12 @@ constexpr KaTypeDescriptor WithHash(KaTypeDescriptor row, KaHashFunc hash) {
   return row;
 }
 
+// A row with its Compare slot filled.
+constexpr KaTypeDescriptor WithCompare(KaTypeDescriptor row, KaCompareFunc compare) {
+  row.compare = compare;
+  return row;
+}
+
 // Shorthands for the slot functions of one width.
 template <KaStoreFunc S, KaStoreFunc L, unsigned int W, int Tag = 0>
 constexpr KaTranslateFunc kTranslate = TranslateScalars<S, L, W, Tag>;
@@ -224,7 +230,8 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
         ByteHash, O_U1BConvertToKaString, O_U1BConvertFromKaString,
         kTranslate<CharStore, CharStore, 1>, CharPrintToKaString, CharScanFromKaString,
         DefaultFromEmptyText<O_U1BConvertFromKaString>, StepInteger<unsigned char>),
-    WithHash(StringRow("KaString", StringIsNull, StringSetNull, nullptr), StringHash),
+    WithCompare(WithHash(StringRow("KaString", StringIsNull, StringSetNull, nullptr), StringHash),
+                StringCompare),
     NamedRow("KaDate", "KaDATE_T", "%a %e.%b %Y", Fixed(4)),
     NamedRow("KaTime", "KaTIME_T", "%I:%M:%S %p", Fixed(3)),
     // "BlockId" is "o_u4b" but for its names and its "#" print format.
@@ -238,11 +245,14 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
     NamedRow("KaRef", "KaREF_T", "(%D:%H-%L#%B, %C)", Fixed(16)),
     NamedRow("KaBlob", "KaBLOB_T", "[BLOB,len=%L]", 16),
     NamedRow("KaDateTime", "KaDATIME_T", "%a %e.%b %Y %I:%M:%S %p", Fixed(8)),
-    WithHash(ClassRow<KaIString>("KaIString", "KaISTRING_T", "%s", NeverNull, nullptr, NoNextValue),
-             KaIStringHash),
-    WithHash(ClassRow<KaCaseIString>("KaCaseIString", "KaCASEISTRING_T", "%s", NeverNull, nullptr,
-                                     NoNextValue),
-             KaCaseIStringHash),
+    WithCompare(WithHash(ClassRow<KaIString>("KaIString", "KaISTRING_T", "%s", NeverNull, nullptr,
+                                             NoNextValue),
+                         KaIStringHash),
+                KaIStringCompare),
+    WithCompare(WithHash(ClassRow<KaCaseIString>("KaCaseIString", "KaCASEISTRING_T", "%s",
+                                                 NeverNull, nullptr, NoNextValue),
+                         KaCaseIStringHash),
+                KaCaseIStringCompare),
     NamedRow("d_Date", "D_DATE_T", "%a %b %e", Fixed(4)),
     NamedRow("d_Time", "D_TIME_T", "%I:%M:%S %p", Fixed(6)),
     NamedRow("d_Timestamp", "D_TIMESTAMP_T", "%a %b %e %I:%M:%S %p", Fixed(10)),
@@ -306,10 +316,11 @@ constinit KaTypeDescriptor kRows[kKaTypeCount] = {
 };
 
 // The string row of older databases: no null value, no stepping; its stored
-// form, comparison and bounds come with the older stored string form. Its
-// hash reads both stored forms, as loading does, so it shares the string row's.
-constinit KaTypeDescriptor kOldStringRow =
-    WithHash(StringRow("KaString", NeverNull, nullptr, NoNextValue), StringHash);
+// form and bounds come with the older stored string form. Its hash reads both
+// stored forms, as loading does, so it shares the string row's; its compare
+// reads the older zero-terminated texts.
+constinit KaTypeDescriptor kOldStringRow = WithCompare(
+    WithHash(StringRow("KaString", NeverNull, nullptr, NoNextValue), StringHash), OldStringCompare);
 
 // The stored-form slots of the primitive rows, filled from the base services
 // library before the tables are first used.
