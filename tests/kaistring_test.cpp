@@ -7,6 +7,7 @@
 #include <array>
 #include <climits>
 #include <cmath>
+#include <random>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -203,6 +204,111 @@ TEST(FoldedCompare, OrderingLaws) {
           // Transitivity holds where no word ends inside an expansion (weighed or raw: none).
           if (flags == 0 && (Expands(a) || Expands(b) || Expands(c))) continue;
           ASSERT_FALSE(cmp(a, b) <= 0 && cmp(b, c) <= 0 && cmp(a, c) > 0) << "transitivity";
+        }
+      }
+    }
+  }
+}
+
+// --- The walk against a plain reading of it -------------------------------------------------
+
+// The documented walk, one pair at a time, straight from the folding of each byte: the
+// compare routines skip equal prefixes and read bytes in step, and must answer the same.
+struct RefSide {
+  const unsigned char* at;
+  bool raw;
+  unsigned char pending = 0;
+};
+
+int RefTake(RefSide& side, ka::FoldedByte (*fold)(unsigned char), bool weigh) {
+  if (side.pending != 0) return std::exchange(side.pending, 0);
+  const unsigned char c = *side.at;
+  if (c != 0) ++side.at;
+  if (side.raw) return c;
+  const ka::FoldedByte f = fold(c);
+  if (weigh && f.extra != 0) return f.extra < 9 ? f.sort + f.extra : f.sort - 1;
+  if (f.extra >= 9) side.pending = f.extra;
+  return f.sort;
+}
+
+int RefCmp(CmpFn cmp, const char* s1, const char* s2, unsigned short maxLength,
+           unsigned short flags1, unsigned short flags2) {
+  if (s1 == nullptr || s2 == nullptr) return (s1 != nullptr) - (s2 != nullptr);
+  RefSide a{reinterpret_cast<const unsigned char*>(s1), (flags1 & kRaw) != 0};
+  RefSide b{reinterpret_cast<const unsigned char*>(s2), (flags2 & kRaw) != 0};
+  if (*a.at == 0 || *b.at == 0) return *a.at - *b.at;
+  const auto fold = cmp == kI ? ka::FoldIStringByte : ka::FoldCaseIStringByte;
+  const bool weigh = cmp == kCI && (flags1 & kWeigh) != 0;
+  for (int taken = 0; taken < (maxLength == 0 ? 65535 : maxLength); ++taken) {
+    const bool last = *a.at == 0 || *b.at == 0;
+    const int difference = RefTake(a, fold, weigh) - RefTake(b, fold, weigh);
+    if (difference != 0 || last) return difference;
+  }
+  return 0;
+}
+
+// Bytes that meet on the rules: expansions (and their spelled-out letters), ligatures that
+// do not expand, case pairs, accents, and now and then any byte.
+std::string RandomText(std::mt19937& rng) {
+  static const unsigned char kBytes[] = {0xDF, 0x9C, 0x8C, 0xE6, 0xC6, 's',  'S',  'o',  'O',
+                                         'e',  'E',  'a',  'A',  0xE9, 0xC9, 0xFF, 0x9F, 'y'};
+  std::string text(rng() % 14, ' ');
+  for (char& c : text) {
+    const unsigned r = rng() % 8;
+    c = static_cast<char>(r == 0 ? 1 + rng() % 255 : kBytes[rng() % sizeof kBytes]);
+  }
+  return text;
+}
+
+// The second text of a pair shares a prefix with the first, as neighbouring keys do, and may
+// spell an expansion out or change one byte.
+std::string Neighbour(const std::string& text, std::mt19937& rng) {
+  std::string out = text.substr(0, rng() % (text.size() + 1));
+  switch (rng() % 4) {
+    case 0:
+      return out + RandomText(rng);
+    case 1:
+      return out + (rng() % 2 ? "ss" : "\xDF") + text.substr(std::min(out.size() + 1, text.size()));
+    case 2:
+      return text.substr(0, text.size() - (text.empty() ? 0 : rng() % 2));
+    default:
+      return text;
+  }
+}
+
+TEST(FoldedCompare, AnswersAsThePlainWalkOnRandomTexts) {
+  std::mt19937 rng(20261125);
+  const unsigned short kFlags[] = {0, kRaw, kWeigh, kRaw | kWeigh, 0x7F5F};
+  const unsigned short kLimits[] = {0, 1, 2, 3, 4, 7, 65535};
+  for (int n = 0; n < 200000; ++n) {
+    std::string x = RandomText(rng), y = Neighbour(x, rng);
+    if (rng() % 2) std::swap(x, y);
+    const CmpFn cmp = rng() % 2 ? kI : kCI;
+    const unsigned short flags1 = kFlags[rng() % 5], flags2 = kFlags[rng() % 5];
+    const unsigned short limit = rng() % 3 ? kLimits[rng() % 7] : rng() % 30;
+    const char* s1 = rng() % 64 ? x.c_str() : nullptr;
+    const char* s2 = rng() % 64 ? y.c_str() : nullptr;
+    ASSERT_EQ(RefCmp(cmp, s1, s2, limit, flags1, flags2), cmp(s1, s2, limit, flags1, flags2))
+        << (cmp == kI ? "KaIString " : "KaCaseIString ") << ::testing::PrintToString(x) << " vs "
+        << ::testing::PrintToString(y) << " limit " << limit << " flags " << flags1 << "/"
+        << flags2;
+  }
+}
+
+// Long equal prefixes full of expansions, cut by the limit at every pair around their end.
+TEST(FoldedCompare, LimitInsideALongEqualPrefix) {
+  for (const char* unit : {"a", "\xDF", "a\x9C",
+                           "\xDF\x8C"
+                           "A"}) {
+    std::string prefix;
+    for (int i = 0; i < 40; ++i) prefix += unit;
+    for (const char* tail : {"", "s", "x", "\xDF", "ss", "\xE6"}) {
+      const std::string x = prefix + "b", y = prefix + tail;
+      for (unsigned short limit = 0; limit < 130; ++limit) {
+        for (const auto& [cmp, flags] : {Mode{kI, 0}, Mode{kCI, 0}, Mode{kCI, kWeigh}}) {
+          ASSERT_EQ(RefCmp(cmp, x.c_str(), y.c_str(), limit, flags, flags),
+                    cmp(x.c_str(), y.c_str(), limit, flags, flags))
+              << ::testing::PrintToString(unit) << tail << " limit " << limit << " " << flags;
         }
       }
     }

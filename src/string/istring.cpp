@@ -165,70 +165,142 @@ enum class ExtraRule {
   kWeigh,   // 1..8 added; 9 or more: the sort byte less 1, nothing waits
 };
 
-// One side of a comparison: where it stands, whether it folds, and the second
+// The sort bytes a byte gives under one way of reading a side: the first, and
+// the second that waits behind it (0: none). A terminator gives 0 and nothing
+// waits behind it. Built once per way, so that the walk looks at no flag.
+struct SortBytes {
+  std::array<unsigned char, 256> first;
+  std::array<unsigned char, 256> second;
+};
+
+constexpr SortBytes BuildSortBytes(const Folding& folding, ExtraRule rule) {
+  SortBytes t{};
+  for (unsigned c = 0; c < 256; ++c) {
+    const ka::FoldedByte f = folding[c];
+    t.first[c] = f.sort;
+    if (f.extra == 0) continue;
+    if (rule == ExtraRule::kWeigh) {
+      t.first[c] = static_cast<unsigned char>(f.extra < 9 ? f.sort + f.extra : f.sort - 1);
+    } else if (f.extra >= 9) {
+      t.second[c] = f.extra;
+    }
+  }
+  return t;
+}
+
+constexpr SortBytes BuildRawSortBytes() {
+  SortBytes t{};
+  for (unsigned c = 0; c < 256; ++c) t.first[c] = static_cast<unsigned char>(c);
+  return t;
+}
+
+constexpr SortBytes kRawSortBytes = BuildRawSortBytes();
+constexpr SortBytes kISortBytes = BuildSortBytes(kIStringFolding, ExtraRule::kExpand);
+constexpr SortBytes kCaseISortBytes = BuildSortBytes(kCaseIStringFolding, ExtraRule::kExpand);
+constexpr SortBytes kCaseIWeighedSortBytes = BuildSortBytes(kCaseIStringFolding, ExtraRule::kWeigh);
+static_assert(kISortBytes.first[0] == 0 && kISortBytes.second[0] == 0);
+static_assert(kCaseIWeighedSortBytes.first[0] == 0 && kCaseIWeighedSortBytes.second[0] == 0);
+
+// One side of a comparison: where it stands, how it reads, and the second
 // sort byte of an expanding byte, waiting to be taken.
 struct Side {
   const unsigned char* at;
-  bool raw;
+  const SortBytes* table;
   unsigned char pending = 0;
 };
 
-int TakeSortByte(Side& side, const Folding& folding, ExtraRule rule) {
-  if (side.raw) {
-    const unsigned char c = *side.at;
-    if (c != 0) ++side.at;
-    return c;
-  }
+int TakeSortByte(Side& side) {
   if (side.pending != 0) {
     const unsigned char second = side.pending;
     side.pending = 0;
     return second;
   }
   const unsigned char c = *side.at;
-  // A terminator folds to 0 and is never stepped over: the walk ends at the
-  // next pair.
+  // A terminator gives 0 and is never stepped over: the walk ends at the next
+  // pair.
   if (c != 0) ++side.at;
-  const ka::FoldedByte f = folding[c];
-  if (f.extra == 0) return f.sort;
-  if (rule == ExtraRule::kWeigh) return f.extra < 9 ? f.sort + f.extra : f.sort - 1;
-  if (f.extra >= 9) side.pending = f.extra;
-  return f.sort;
+  side.pending = side.table->second[c];
+  return side.table->first[c];
 }
 
-int CompareFolded(const char* s1, const char* s2, unsigned short maxLength, unsigned short flags1,
-                  unsigned short flags2, const Folding& folding, ExtraRule rule) {
-  constexpr unsigned short kRaw = KaIString::kRawBytes;
-  const int limit = maxLength == 0 ? 65535 : maxLength;
-  if (s1 == nullptr) return s2 != nullptr ? -1 : 0;
-  if (s2 == nullptr) return 1;
-  Side a{reinterpret_cast<const unsigned char*>(s1), (flags1 & kRaw) != 0};
-  Side b{reinterpret_cast<const unsigned char*>(s2), (flags2 & kRaw) != 0};
-  if (*a.at == 0 || *b.at == 0) return *a.at - *b.at;
+// The walk pair by pair from any state: where one side expands and the other
+// does not, the two read out of step.
+int WalkOutOfStep(Side a, Side b, size_t taken, size_t limit) {
   // A pair taken while either side stood at its terminator is the last one:
   // a pending second sort byte still takes part in it.
-  bool ended = false;
-  for (int taken = 0; !ended && taken < limit; ++taken) {
+  for (bool ended = false; !ended && taken < limit; ++taken) {
     ended = *a.at == 0 || *b.at == 0;
-    const int difference = TakeSortByte(a, folding, rule) - TakeSortByte(b, folding, rule);
+    const int difference = TakeSortByte(a) - TakeSortByte(b);
     if (difference != 0) return difference;
   }
   return 0;
+}
+
+int CompareFolded(const char* s1, const char* s2, unsigned short maxLength, const SortBytes& ta,
+                  const SortBytes& tb) {
+  if (s1 == nullptr) return s2 != nullptr ? -1 : 0;
+  if (s2 == nullptr) return 1;
+  const auto* pa = reinterpret_cast<const unsigned char*>(s1);
+  const auto* pb = reinterpret_cast<const unsigned char*>(s2);
+  if (*pa == 0 || *pb == 0) return *pa - *pb;
+  const size_t limit = maxLength == 0 ? 65535 : maxLength;
+  size_t taken = 0;
+  // Read alike, equal bytes give equal sort bytes, a waiting second one
+  // included: the common prefix of neighbouring keys is stepped over with its
+  // pairs counted. A byte is stepped over only when the next one is equal and
+  // no terminator, so its pairs never end the walk; the last equal byte is left
+  // to the walk below.
+  if (&ta == &tb && *pa == *pb) {
+    while (pa[1] == pb[1] && pa[1] != 0) {
+      taken += 1 + (ta.second[*pa] != 0);
+      ++pa;
+      ++pb;
+    }
+    if (taken >= limit) return 0;
+  }
+  // In step: both sides stand at a byte with nothing waiting.
+  for (;;) {
+    if (taken >= limit) return 0;
+    const unsigned ca = *pa;
+    const unsigned cb = *pb;
+    const int difference = ta.first[ca] - tb.first[cb];
+    if (difference != 0) return difference;
+    if (ca == 0 || cb == 0) return 0;
+    ++taken;
+    ++pa;
+    ++pb;
+    const unsigned char second1 = ta.second[ca];
+    const unsigned char second2 = tb.second[cb];
+    if ((second1 | second2) == 0) continue;
+    if (second1 == 0 || second2 == 0) {
+      return WalkOutOfStep({pa, &ta, second1}, {pb, &tb, second2}, taken, limit);
+    }
+    if (taken >= limit) return 0;
+    if (second1 != second2) return second1 - second2;
+    if (*pa == 0 || *pb == 0) return 0;
+    ++taken;
+  }
+}
+
+const SortBytes& SideTable(unsigned short flags, const SortBytes& folded) {
+  return (flags & KaIString::kRawBytes) != 0 ? kRawSortBytes : folded;
 }
 
 }  // namespace
 
 int KaIStringCmp(const char* s1, const char* s2, unsigned short maxLength, unsigned short flags1,
                  unsigned short flags2) {
-  return CompareFolded(s1, s2, maxLength, flags1, flags2, kIStringFolding, ExtraRule::kExpand);
+  return CompareFolded(s1, s2, maxLength, SideTable(flags1, kISortBytes),
+                       SideTable(flags2, kISortBytes));
 }
 
 int KaCaseIStringCmp(const char* s1, const char* s2, unsigned short maxLength,
                      unsigned short flags1, unsigned short flags2) {
   // The left-hand side's flags decide for both sides, so that a key compared
   // against stored values is weighed one way throughout.
-  const ExtraRule rule =
-      (flags1 & KaCaseIString::kWeighDiacritics) != 0 ? ExtraRule::kWeigh : ExtraRule::kExpand;
-  return CompareFolded(s1, s2, maxLength, flags1, flags2, kCaseIStringFolding, rule);
+  const SortBytes& folded =
+      (flags1 & KaCaseIString::kWeighDiacritics) != 0 ? kCaseIWeighedSortBytes : kCaseISortBytes;
+  return CompareFolded(s1, s2, maxLength, SideTable(flags1, folded), SideTable(flags2, folded));
 }
 
 ka::FoldedByte ka::FoldIStringByte(unsigned char c) { return kIStringFolding[c]; }
