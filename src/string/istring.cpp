@@ -171,6 +171,7 @@ enum class ExtraRule {
 struct SortBytes {
   std::array<unsigned char, 256> first;
   std::array<unsigned char, 256> second;
+  std::array<unsigned char, 256> pairs;  // 1, or 2 with a second sort byte
 };
 
 constexpr SortBytes BuildSortBytes(const Folding& folding, ExtraRule rule) {
@@ -178,11 +179,13 @@ constexpr SortBytes BuildSortBytes(const Folding& folding, ExtraRule rule) {
   for (unsigned c = 0; c < 256; ++c) {
     const ka::FoldedByte f = folding[c];
     t.first[c] = f.sort;
+    t.pairs[c] = 1;
     if (f.extra == 0) continue;
     if (rule == ExtraRule::kWeigh) {
       t.first[c] = static_cast<unsigned char>(f.extra < 9 ? f.sort + f.extra : f.sort - 1);
     } else if (f.extra >= 9) {
       t.second[c] = f.extra;
+      t.pairs[c] = 2;
     }
   }
   return t;
@@ -190,7 +193,10 @@ constexpr SortBytes BuildSortBytes(const Folding& folding, ExtraRule rule) {
 
 constexpr SortBytes BuildRawSortBytes() {
   SortBytes t{};
-  for (unsigned c = 0; c < 256; ++c) t.first[c] = static_cast<unsigned char>(c);
+  for (unsigned c = 0; c < 256; ++c) {
+    t.first[c] = static_cast<unsigned char>(c);
+    t.pairs[c] = 1;
+  }
   return t;
 }
 
@@ -198,8 +204,17 @@ constexpr SortBytes kRawSortBytes = BuildRawSortBytes();
 constexpr SortBytes kISortBytes = BuildSortBytes(kIStringFolding, ExtraRule::kExpand);
 constexpr SortBytes kCaseISortBytes = BuildSortBytes(kCaseIStringFolding, ExtraRule::kExpand);
 constexpr SortBytes kCaseIWeighedSortBytes = BuildSortBytes(kCaseIStringFolding, ExtraRule::kWeigh);
-static_assert(kISortBytes.first[0] == 0 && kISortBytes.second[0] == 0);
-static_assert(kCaseIWeighedSortBytes.first[0] == 0 && kCaseIWeighedSortBytes.second[0] == 0);
+
+// The walk knows a terminator by its sort byte 0: no other byte may give it.
+constexpr bool OnlyZeroSortsZero(const SortBytes& t) {
+  if (t.first[0] != 0 || t.second[0] != 0) return false;
+  for (unsigned c = 1; c < 256; ++c) {
+    if (t.first[c] == 0) return false;
+  }
+  return true;
+}
+static_assert(OnlyZeroSortsZero(kRawSortBytes) && OnlyZeroSortsZero(kISortBytes));
+static_assert(OnlyZeroSortsZero(kCaseISortBytes) && OnlyZeroSortsZero(kCaseIWeighedSortBytes));
 
 // One side of a comparison: where it stands, how it reads, and the second
 // sort byte of an expanding byte, waiting to be taken.
@@ -236,41 +251,40 @@ int WalkOutOfStep(Side a, Side b, size_t taken, size_t limit) {
   return 0;
 }
 
-int CompareFolded(const char* s1, const char* s2, unsigned short maxLength, const SortBytes& ta,
-                  const SortBytes& tb) {
-  if (s1 == nullptr) return s2 != nullptr ? -1 : 0;
-  if (s2 == nullptr) return 1;
-  const auto* pa = reinterpret_cast<const unsigned char*>(s1);
-  const auto* pb = reinterpret_cast<const unsigned char*>(s2);
-  if (*pa == 0 || *pb == 0) return *pa - *pb;
-  const size_t limit = maxLength == 0 ? 65535 : maxLength;
+// Read alike, equal bytes give equal sort bytes, a waiting second one
+// included: the common prefix of neighbouring keys is stepped over with its
+// pairs counted. A byte is stepped over only when the next one is equal and no
+// terminator, so its pairs never end the walk; the last equal byte is left to
+// the pair by pair walk. Answers the pairs stepped over.
+size_t StepOverEqualPrefix(const unsigned char*& pa, const unsigned char*& pb,
+                           const SortBytes& table) {
   size_t taken = 0;
-  // Read alike, equal bytes give equal sort bytes, a waiting second one
-  // included: the common prefix of neighbouring keys is stepped over with its
-  // pairs counted. A byte is stepped over only when the next one is equal and
-  // no terminator, so its pairs never end the walk; the last equal byte is left
-  // to the walk below.
-  if (&ta == &tb && *pa == *pb) {
-    while (pa[1] == pb[1] && pa[1] != 0) {
-      taken += 1 + (ta.second[*pa] != 0);
-      ++pa;
-      ++pb;
-    }
-    if (taken >= limit) return 0;
+  if (*pa != *pb || *pa == 0) return 0;
+  while (pa[1] == pb[1] && pa[1] != 0) {
+    taken += table.pairs[*pa];
+    ++pa;
+    ++pb;
   }
-  // In step: both sides stand at a byte with nothing waiting.
+  return taken;
+}
+
+// The walk while both sides stand at a byte with nothing waiting, which is all
+// of it unless one side expands where the other does not. Only a zero byte
+// gives the sort byte 0 (see the tables), so equal first sort bytes of 0 mean
+// both sides stand at their terminators.
+int WalkInStep(const unsigned char* pa, const unsigned char* pb, const SortBytes& ta,
+               const SortBytes& tb, size_t taken, size_t limit) {
   for (;;) {
     if (taken >= limit) return 0;
-    const unsigned ca = *pa;
-    const unsigned cb = *pb;
-    const int difference = ta.first[ca] - tb.first[cb];
-    if (difference != 0) return difference;
-    if (ca == 0 || cb == 0) return 0;
+    const unsigned char first1 = ta.first[*pa];
+    const unsigned char first2 = tb.first[*pb];
+    if (first1 != first2) return first1 - first2;
+    if (first1 == 0) return 0;
+    const unsigned char second1 = ta.second[*pa];
+    const unsigned char second2 = tb.second[*pb];
     ++taken;
     ++pa;
     ++pb;
-    const unsigned char second1 = ta.second[ca];
-    const unsigned char second2 = tb.second[cb];
     if ((second1 | second2) == 0) continue;
     if (second1 == 0 || second2 == 0) {
       return WalkOutOfStep({pa, &ta, second1}, {pb, &tb, second2}, taken, limit);
@@ -280,6 +294,19 @@ int CompareFolded(const char* s1, const char* s2, unsigned short maxLength, cons
     if (*pa == 0 || *pb == 0) return 0;
     ++taken;
   }
+}
+
+[[gnu::always_inline]] inline int CompareFolded(const char* s1, const char* s2,
+                                                unsigned short maxLength, const SortBytes& ta,
+                                                const SortBytes& tb) {
+  if (s1 == nullptr) return s2 != nullptr ? -1 : 0;
+  if (s2 == nullptr) return 1;
+  const auto* pa = reinterpret_cast<const unsigned char*>(s1);
+  const auto* pb = reinterpret_cast<const unsigned char*>(s2);
+  if (*pa == 0 || *pb == 0) return *pa - *pb;
+  const size_t limit = maxLength == 0 ? 65535 : maxLength;
+  const size_t taken = &ta == &tb ? StepOverEqualPrefix(pa, pb, ta) : 0;
+  return WalkInStep(pa, pb, ta, tb, taken, limit);
 }
 
 const SortBytes& SideTable(unsigned short flags, const SortBytes& folded) {
