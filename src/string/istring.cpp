@@ -277,7 +277,18 @@ static_assert(kLittle || std::endian::native == std::endian::big);
   return reinterpret_cast<std::uintptr_t>(p) % kPage <= kPage - sizeof(Word);
 }
 using UnalignedWord [[gnu::aligned(1), gnu::may_alias]] = Word;
-[[gnu::no_sanitize_address, gnu::always_inline]] inline Word LoadEight(const unsigned char* p) {
+// Inlined into a checked caller the load would be checked as the caller's own.
+#if defined(__SANITIZE_ADDRESS__)
+#define KA_LOAD_EIGHT_INLINING gnu::noinline
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KA_LOAD_EIGHT_INLINING gnu::noinline
+#endif
+#endif
+#ifndef KA_LOAD_EIGHT_INLINING
+#define KA_LOAD_EIGHT_INLINING gnu::always_inline
+#endif
+[[gnu::no_sanitize_address, KA_LOAD_EIGHT_INLINING]] inline Word LoadEight(const unsigned char* p) {
   return *reinterpret_cast<const UnalignedWord*>(p);
 }
 
