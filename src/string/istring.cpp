@@ -224,6 +224,15 @@ constexpr bool OnlyZeroSortsZero(const SortBytes& t) {
 static_assert(OnlyZeroSortsZero(kRawSortBytes) && OnlyZeroSortsZero(kISortBytes));
 static_assert(OnlyZeroSortsZero(kCaseISortBytes) && OnlyZeroSortsZero(kCaseIWeighedSortBytes));
 
+// The equal prefix counts expansions only among bytes with the high bit set.
+constexpr bool OnlyHighBytesExpand(const SortBytes& t) {
+  for (unsigned c = 0; c < 0x80; ++c) {
+    if (t.second[c] != 0) return false;
+  }
+  return true;
+}
+static_assert(OnlyHighBytesExpand(kISortBytes) && OnlyHighBytesExpand(kCaseISortBytes));
+
 // One side of a comparison: where it stands, how it reads, and the second
 // sort byte of an expanding byte, waiting to be taken.
 struct Side {
@@ -272,12 +281,14 @@ static_assert(kLittle || std::endian::native == std::endian::big);
 // Eight bytes of a text, read only where they lie in the memory page of
 // their first byte: a mapped page is readable as a whole, so no read past the
 // terminator can fault, and the bytes past it are never used (see
-// StepOverEqualPrefix). The sanitizer would see a read past the block.
+// StepOverEqualPrefix).
 [[gnu::always_inline]] inline bool EightInPage(const unsigned char* p) {
   return reinterpret_cast<std::uintptr_t>(p) % kPage <= kPage - sizeof(Word);
 }
 using UnalignedWord [[gnu::aligned(1), gnu::may_alias]] = Word;
-// Inlined into a checked caller the load would be checked as the caller's own.
+// The address sanitizer would report the bytes past the terminator, outside the
+// block; inlined into a checked caller the load would be checked as the
+// caller's own.
 #if defined(__SANITIZE_ADDRESS__)
 #define KA_LOAD_EIGHT_INLINING gnu::noinline
 #elif defined(__has_feature)
@@ -291,6 +302,7 @@ using UnalignedWord [[gnu::aligned(1), gnu::may_alias]] = Word;
 [[gnu::no_sanitize_address, KA_LOAD_EIGHT_INLINING]] inline Word LoadEight(const unsigned char* p) {
   return *reinterpret_cast<const UnalignedWord*>(p);
 }
+#undef KA_LOAD_EIGHT_INLINING
 
 // 0x80 in each zero byte of `v`, exactly (no byte carries into the next).
 constexpr Word ZeroBytes(Word v) { return ~(((v & kLow7) + kLow7) | v | kLow7); }
@@ -308,7 +320,7 @@ constexpr Word ZeroBytes(Word v) { return ~(((v & kLow7) + kLow7) | v | kLow7); 
 
 // The expanding bytes among the bytes of `v` marked in `mask`.
 [[gnu::always_inline]] inline size_t Expansions(Word v, Word mask, const SortBytes& table) {
-  // Every expanding byte has its high bit set.
+  // Every expanding byte has its high bit set (see OnlyHighBytesExpand).
   if ((v & mask & kHigh) == 0) return 0;
   Word marked = 0;
   for (const Word e : table.expanding) marked |= ZeroBytes(v ^ e);
