@@ -317,41 +317,6 @@ TEST(FoldedCompare, LimitInsideALongEqualPrefix) {
   }
 }
 
-// Texts that end right before a page boundary, each at every offset from it: the equal
-// prefix is read a word at a time only inside a page, byte by byte at its end.
-TEST(FoldedCompare, TextsAtTheEndOfAPage) {
-  constexpr size_t kPage = 4096;
-  auto* pages = static_cast<char*>(std::aligned_alloc(kPage, 3 * kPage));
-  ASSERT_NE(nullptr, pages);
-  // Expansions near the end, where the page cuts the word reads, count against the limit.
-  const std::string texts[] = {"aaaaaaaaaaaaaaaaaaaaab",
-                               "aaaaaaaaaaaaaaaaaa\xDF\x9C"
-                               "ab",
-                               "aaaaaaaaaaaaaaaaaa\xDF\x9C"
-                               "ac",
-                               "aaaaaaaaaaaaaaaaaaaaaa"};
-  for (const std::string& x : texts) {
-    for (const std::string& y : texts) {
-      for (size_t gap1 = 0; gap1 < 12; ++gap1) {
-        for (size_t gap2 = 0; gap2 < 12; gap2 += 3) {
-          char* s1 = pages + kPage - x.size() - 1 - gap1;
-          char* s2 = pages + 2 * kPage - y.size() - 1 - gap2;
-          std::memcpy(s1, x.c_str(), x.size() + 1);
-          std::memcpy(s2, y.c_str(), y.size() + 1);
-          for (const auto& [cmp, flags] : {Mode{kI, 0}, Mode{kCI, 0}, Mode{kCI, kRaw}}) {
-            for (unsigned short limit = 0; limit < 27; ++limit) {
-              ASSERT_EQ(RefCmp(cmp, s1, s2, limit, flags, flags), cmp(s1, s2, limit, flags, flags))
-                  << ::testing::PrintToString(x) << " vs " << ::testing::PrintToString(y) << " "
-                  << gap1 << "/" << gap2 << " limit " << limit;
-            }
-          }
-        }
-      }
-    }
-  }
-  std::free(pages);
-}
-
 KaCaseIString& Flag(KaCaseIString& s) {
   s.SetFlags(0xA0);
   return s;

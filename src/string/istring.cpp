@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
@@ -173,9 +172,7 @@ enum class ExtraRule {
 struct SortBytes {
   std::array<unsigned char, 256> first;
   std::array<unsigned char, 256> second;
-  std::array<unsigned char, 256> pairs;    // 1, or 2 with a second sort byte
-  std::array<std::uint64_t, 3> expanding;  // each byte with a second sort byte, eight
-                                           // times over; 0 fills
+  std::array<unsigned char, 256> pairs;  // 1, or 2 with a second sort byte
 };
 
 constexpr SortBytes BuildSortBytes(const Folding& folding, ExtraRule rule) {
@@ -190,10 +187,6 @@ constexpr SortBytes BuildSortBytes(const Folding& folding, ExtraRule rule) {
     } else if (f.extra >= 9) {
       t.second[c] = f.extra;
       t.pairs[c] = 2;
-      size_t free = 0;
-      while (free < t.expanding.size() && t.expanding[free] != 0) ++free;
-      if (free == t.expanding.size()) throw "more expanding bytes than the prefix step counts";
-      t.expanding[free] = 0x0101010101010101ull * c;
     }
   }
   return t;
@@ -223,15 +216,6 @@ constexpr bool OnlyZeroSortsZero(const SortBytes& t) {
 }
 static_assert(OnlyZeroSortsZero(kRawSortBytes) && OnlyZeroSortsZero(kISortBytes));
 static_assert(OnlyZeroSortsZero(kCaseISortBytes) && OnlyZeroSortsZero(kCaseIWeighedSortBytes));
-
-// The equal prefix counts expansions only among bytes with the high bit set.
-constexpr bool OnlyHighBytesExpand(const SortBytes& t) {
-  for (unsigned c = 0; c < 0x80; ++c) {
-    if (t.second[c] != 0) return false;
-  }
-  return true;
-}
-static_assert(OnlyHighBytesExpand(kISortBytes) && OnlyHighBytesExpand(kCaseISortBytes));
 
 // One side of a comparison: where it stands, how it reads, and the second
 // sort byte of an expanding byte, waiting to be taken.
@@ -268,64 +252,7 @@ int TakeSortByte(Side& side) {
   return 0;
 }
 
-// --- The equal prefix, eight bytes at a time ---
-
-using Word = std::uint64_t;
-constexpr Word kLow7 = 0x7F7F7F7F7F7F7F7Full;
-constexpr Word kHigh = 0x8080808080808080ull;
-constexpr Word kOnes = 0x0101010101010101ull;
-constexpr size_t kPage = 4096;  // the smallest page of the supported hosts
-constexpr bool kLittle = std::endian::native == std::endian::little;
-static_assert(kLittle || std::endian::native == std::endian::big);
-
-// Eight bytes of a text, read only where they lie in the memory page of
-// their first byte: a mapped page is readable as a whole, so no read past the
-// terminator can fault, and the bytes past it are never used (see
-// StepOverEqualPrefix).
-[[gnu::always_inline]] inline bool EightInPage(const unsigned char* p) {
-  return reinterpret_cast<std::uintptr_t>(p) % kPage <= kPage - sizeof(Word);
-}
-using UnalignedWord [[gnu::aligned(1), gnu::may_alias]] = Word;
-// The address sanitizer would report the bytes past the terminator, outside the
-// block; inlined into a checked caller the load would be checked as the
-// caller's own.
-#if defined(__SANITIZE_ADDRESS__)
-#define KA_LOAD_EIGHT_INLINING gnu::noinline
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KA_LOAD_EIGHT_INLINING gnu::noinline
-#endif
-#endif
-#ifndef KA_LOAD_EIGHT_INLINING
-#define KA_LOAD_EIGHT_INLINING gnu::always_inline
-#endif
-[[gnu::no_sanitize_address, KA_LOAD_EIGHT_INLINING]] inline Word LoadEight(const unsigned char* p) {
-  return *reinterpret_cast<const UnalignedWord*>(p);
-}
-#undef KA_LOAD_EIGHT_INLINING
-
-// 0x80 in each zero byte of `v`, exactly (no byte carries into the next).
-constexpr Word ZeroBytes(Word v) { return ~(((v & kLow7) + kLow7) | v | kLow7); }
-
-// The number of the first byte in memory order marked in `mask` (not 0).
-[[gnu::always_inline]] inline int FirstMarked(Word mask) {
-  return (kLittle ? __builtin_ctzll(mask) : __builtin_clzll(mask)) / 8;
-}
-
-// The bytes of a word that come before byte n in memory order (n < 8).
-[[gnu::always_inline]] inline Word Before(int n) {
-  const Word low = (Word{1} << (8 * n)) - 1;
-  return kLittle ? low : ~(~Word{0} >> (8 * n));
-}
-
-// The expanding bytes among the bytes of `v` marked in `mask`.
-[[gnu::always_inline]] inline size_t Expansions(Word v, Word mask, const SortBytes& table) {
-  // Every expanding byte has its high bit set (see OnlyHighBytesExpand).
-  if ((v & mask & kHigh) == 0) return 0;
-  Word marked = 0;
-  for (const Word e : table.expanding) marked |= ZeroBytes(v ^ e);
-  return static_cast<size_t>((((marked & mask) >> 7) * kOnes) >> 56);
-}
+// --- The equal prefix ---
 
 // Read alike, equal bytes give equal sort bytes, a waiting second one
 // included: the common prefix of neighbouring keys is stepped over with its
@@ -335,29 +262,12 @@ constexpr Word ZeroBytes(Word v) { return ~(((v & kLow7) + kLow7) | v | kLow7); 
 [[gnu::always_inline]] inline size_t StepOverEqualPrefix(const unsigned char*& pa,
                                                          const unsigned char*& pb,
                                                          const SortBytes& table) {
+  // Byte by byte: a text's bytes past its terminator are not ours to read,
+  // so no wider load looks ahead.
   const unsigned char* a = pa;
   const unsigned char* b = pb;
   size_t taken = 0;
-  // To the first byte that differs or ends both texts.
-  for (;;) {
-    if (!EightInPage(a) || !EightInPage(b)) {
-      for (; *a == *b && *a != 0; ++a, ++b) taken += table.pairs[*a];
-      break;
-    }
-    const Word x = LoadEight(a);
-    const Word stop = (ZeroBytes(x ^ LoadEight(b)) ^ kHigh) | ZeroBytes(x);
-    if (stop == 0) {
-      taken += sizeof(Word) + Expansions(x, ~Word{0}, table);
-      a += sizeof(Word);
-      b += sizeof(Word);
-      continue;
-    }
-    const int n = FirstMarked(stop);
-    taken += static_cast<size_t>(n) + Expansions(x, Before(n), table);
-    a += n;
-    b += n;
-    break;
-  }
+  for (; *a == *b && *a != 0; ++a, ++b) taken += table.pairs[*a];
   // Back to the last equal byte, which stays with the walk.
   pa = a - 1;
   pb = b - 1;
