@@ -4,10 +4,15 @@
 // wildcard walk lives on the stack.
 #include <climits>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
+#include "kabase/codec.h"
+#include "kai18n/codeset.h"
 #include "kai18n/langctx.h"
 #include "katypemgr/kastrcmp.h"
 #include "katypemgr/kastring.h"
+#include "string/compare_general.h"
 
 namespace {
 
@@ -155,6 +160,157 @@ struct Walker {
   }
 };
 
+// --- The table walk ---------------------------------------------------------------
+//
+// Text of a known code set is read without the iterator: a 1-byte set through
+// a table of byte -> order with a flag for the bytes whose order expands, the
+// Unicode set through its order pages with a bitmap of the units that expand
+// (or whose first order the pages do not give), the order set as it stands.
+// Flagged units take the code set's full properties, as the iterator does; the
+// walk sees the same orders in the same places.
+
+// Per 1-byte set: the order in the low 16 bits, bit 16 set when it expands.
+uint32_t g_byteTables[225][256];
+// Per 2-byte Unicode set (225..253): a bit per unit that needs its properties.
+uint64_t g_wideFlags[29][65536 / 64];
+bool g_byteKnown[225];
+bool g_wideKnown[29];
+
+// Fills the tables once; the first caller of any thread waits for it.
+bool BuildTables() {
+  for (int n = 1; n <= 224; ++n) {
+    const KaCodeSet* set = KaCodeSet::Get(static_cast<unsigned char>(n));
+    if (set == nullptr || set->GetKind() != KaCodeSet::Kind::kByte) continue;
+    for (unsigned u = 0; u < 256; ++u) {
+      const KaUnicodeProps props = set->GetUnicodeProps(static_cast<unsigned short>(u), 0);
+      g_byteTables[n][u] = props.order | (props.expansion.count != 0 ? 0x10000u : 0u);
+    }
+    g_byteKnown[n] = true;
+  }
+  for (int n = 225; n <= 253; ++n) {
+    const KaCodeSet* set = KaCodeSet::Get(static_cast<unsigned char>(n));
+    if (set == nullptr || set->GetKind() != KaCodeSet::Kind::kUnicode) continue;
+    for (unsigned u = 0; u < 65536; ++u) {
+      const auto unit = static_cast<unsigned short>(u);
+      const KaUnicodeProps props = set->GetUnicodeProps(unit, 0);
+      if (props.expansion.count != 0 || props.order != set->GetOrder(unit)) {
+        g_wideFlags[n - 225][u >> 6] |= uint64_t{1} << (u & 63);
+      }
+    }
+    g_wideKnown[n - 225] = true;
+  }
+  return true;
+}
+
+void EnsureTables() {
+  static const bool built = BuildTables();
+  (void)built;
+}
+
+// One side of the walk read through the tables; the same contract as Walker.
+struct FastWalker {
+  enum class Via : unsigned char { kBytes, kWide, kOrders };
+
+  const unsigned char* pos;
+  const KaCodeSet* set = nullptr;
+  const uint32_t* bytes = nullptr;
+  const uint64_t* wideFlags = nullptr;
+  const unsigned short* pending = nullptr;  // the rest of an expansion
+  unsigned short pendingLeft = 0;
+  unsigned char language;
+  Via via;
+  bool firstOrderOnly;
+  int taken = 0;
+  int limit;
+
+  // Whether text of `codeSet` in `language` can be read so (the iterator's
+  // defaults, 255, and sets without tables go through the iterator).
+  static bool Fits(unsigned char codeSet, unsigned char language) {
+    if (language == 255 || codeSet == 255) return false;
+    if (codeSet == 254) return true;
+    EnsureTables();
+    return codeSet <= 224 ? g_byteKnown[codeSet] : g_wideKnown[codeSet - 225];
+  }
+
+  FastWalker(unsigned char codeSet, unsigned char lang, const void* text, int maxChars,
+             bool firstOnly)
+      : pos(static_cast<const unsigned char*>(text)),
+        language(lang),
+        via(codeSet == 254   ? Via::kOrders
+            : codeSet <= 224 ? Via::kBytes
+                             : Via::kWide),
+        firstOrderOnly(firstOnly),
+        limit(maxChars) {
+    if (via == Via::kBytes) {
+      bytes = g_byteTables[codeSet];
+      set = KaCodeSet::Get(codeSet);
+    } else if (via == Via::kWide) {
+      wideFlags = g_wideFlags[codeSet - 225];
+      set = KaCodeSet::Get(codeSet);
+    }
+  }
+
+  unsigned Width() const { return via == Via::kBytes ? 1 : 2; }
+  unsigned short Unit() const {
+    if (pos == nullptr) return 0;
+    if (via == Via::kBytes) return *pos;
+    return ka::LoadU16(pos, via == Via::kOrders ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
+  }
+
+  bool AtCharacter() const { return pendingLeft == 0; }
+  bool Spent() const { return AtCharacter() && limit >= 0 && taken >= limit; }
+  bool AtEnd() const { return AtCharacter() && (Spent() || Unit() == 0); }
+
+  unsigned short Next() {
+    if (pendingLeft != 0) {
+      --pendingLeft;
+      return *pending++;
+    }
+    if (limit >= 0 && taken >= limit) return 0;
+    const unsigned short unit = Unit();
+    if (unit == 0) return 0;
+    ++taken;
+    pos += Width();
+    if (via == Via::kBytes) {
+      const uint32_t e = bytes[unit];
+      if ((e >> 16) == 0) return static_cast<unsigned short>(e);
+    } else if (via == Via::kWide) {
+      if (((wideFlags[unit >> 6] >> (unit & 63)) & 1) == 0) return set->GetOrder(unit);
+    } else {
+      return unit;
+    }
+    const KaUnicodeProps props = set->GetUnicodeProps(unit, language);
+    if (!firstOrderOnly) {
+      pending = props.expansion.chars;
+      pendingLeft = props.expansion.count;
+    }
+    return props.order;
+  }
+  void FinishCharacter() { pendingLeft = 0; }
+
+  // Passes the longest run of identical units of both texts, within the
+  // maximum length: identical units give identical orders, expansions and
+  // keys, so the walk over them changes nothing but the counts.
+  static void SkipIdentical(FastWalker& a, FastWalker& b) {
+    if (a.pos == nullptr || b.pos == nullptr) return;
+    const unsigned w = a.Width();
+    long n = 0;
+    const long most = a.limit < 0 ? LONG_MAX : a.limit;
+    if (w == 1) {
+      while (n < most && a.pos[n] == b.pos[n] && a.pos[n] != 0) ++n;
+    } else {
+      while (n < most && std::memcmp(a.pos + 2 * n, b.pos + 2 * n, 2) == 0 &&
+             (a.pos[2 * n] | a.pos[2 * n + 1]) != 0) {
+        ++n;
+      }
+    }
+    a.pos += n * w;
+    b.pos += n * w;
+    a.taken += static_cast<int>(n);
+    b.taken += static_cast<int>(n);
+  }
+};
+
 // The tie-breaking levels seen so far, on masked keys whose primary parts
 // were equal.
 struct Levels {
@@ -186,7 +342,8 @@ int Resolve(const Levels& levels, const Options& o) {
   return 0;
 }
 
-int CompareSimple(Walker& w1, Walker& w2, const Options& o) {
+template <typename W>
+int CompareSimple(W& w1, W& w2, const Options& o) {
   for (;;) {
     const unsigned short o1 = w1.Next();
     const unsigned short o2 = w2.Next();
@@ -212,7 +369,8 @@ struct Wildcards {
 // The next pattern element. Only the first order of a character can be a
 // wildcard or the escape; the escape makes the character after it literal,
 // and stands for itself at the end of the pattern.
-Token ReadToken(Walker& p, const Wildcards& w) {
+template <typename W>
+Token ReadToken(W& p, const Wildcards& w) {
   const bool fresh = p.AtCharacter();
   const unsigned short o = p.Next();
   if (o == 0) return {Kind::kEnd, 0};
@@ -221,7 +379,7 @@ Token ReadToken(Walker& p, const Wildcards& w) {
   if (o == w.question) return {Kind::kQuestion, o};
   if (o == w.escape) {
     p.FinishCharacter();
-    const Walker before = p;
+    const W before = p;
     const unsigned short escaped = p.Next();
     if (escaped != 0) return {Kind::kLiteral, escaped};
     p = before;
@@ -243,12 +401,13 @@ Token ReadToken(Walker& p, const Wildcards& w) {
 // returns to the saved state, one character further on. Only the latest star
 // is kept: a match that an earlier star could reach by taking more, the
 // latest star reaches as well, so older states never change the answer.
-int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
+template <typename W>
+int CompareLevels(W& v, W& p, const Options& o, const Wildcards& w) {
   const bool exact = !w.active;
   Levels levels;
   bool starOpen = false;
-  Walker savedV = v;
-  Walker savedP = p;
+  W savedV = v;
+  W savedP = p;
   Levels savedLevels;
   auto report = [&](int d) {
     if (o.running != nullptr) *o.running = d;
@@ -260,7 +419,7 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
     Token t = ReadToken(p, w);
     bool scan = false;
     if (t.kind == Kind::kStar) {
-      Walker afterStars = p;
+      W afterStars = p;
       do {
         afterStars = p;
         t = ReadToken(p, w);
@@ -331,24 +490,28 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
   }
 }
 
+template <typename W>
 int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeSet2, const void* s2,
                      short maxLength, const Options& o) {
   const int limit = maxLength < 0 ? -1 : maxLength;
   const bool firstOnly = (o.cmpOp & kStepFirstOrderOnly) != 0;
-  Walker w1(codeSet1, o.language1, s1, limit, firstOnly);
-  if ((o.cmpOp & kKaCmpSimple) != 0) {
-    Walker w2(codeSet2, o.language2, s2, limit, firstOnly);
-    return CompareSimple(w1, w2, o);
+  const bool wildcards = (o.cmpOp & (kKaCmpExact | kKaCmpSimple)) == 0;
+  W w1(codeSet1, o.language1, s1, limit, firstOnly);
+  // A pattern is not cut: the value's maximum length decides when the walk
+  // stops (an escape and its character are one element, not two).
+  W w2(codeSet2, o.language2, s2, wildcards ? -1 : limit, firstOnly);
+  if constexpr (std::is_same_v<W, FastWalker>) {
+    if (!wildcards && codeSet1 == codeSet2 && o.language1 == o.language2) {
+      FastWalker::SkipIdentical(w1, w2);
+    }
   }
-  Wildcards w{(o.cmpOp & kKaCmpExact) == 0, 0, 0, 0};
+  if ((o.cmpOp & kKaCmpSimple) != 0) return CompareSimple(w1, w2, o);
+  Wildcards w{wildcards, 0, 0, 0};
   if (w.active) {
     w.star = KaString::GetAsterisk();
     w.question = KaString::GetQuestion();
     w.escape = KaString::GetEscape();
   }
-  // A pattern is not cut: the value's maximum length decides when the walk
-  // stops (an escape and its character are one element, not two).
-  Walker w2(codeSet2, o.language2, s2, w.active ? -1 : limit, firstOnly);
   Options levelled = o;
   // Mode 0 alone breaks ties by diacritics; elsewhere they are as invisible to
   // the walk as what the options mask, so that a pattern matches exactly when
@@ -357,11 +520,9 @@ int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeS
   return CompareLevels(w1, w2, levelled, w);
 }
 
-}  // namespace
-
-int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
-             unsigned char codeSet2, unsigned char language2, const void* s2, unsigned short cmpOp,
-             short maxLength, unsigned char mode, int* result) {
+int Compare(unsigned char codeSet1, unsigned char language1, const void* s1, unsigned char codeSet2,
+            unsigned char language2, const void* s2, unsigned short cmpOp, short maxLength,
+            unsigned char mode, int* result, bool general) {
   const bool null1 = IsNull(codeSet1, language1);
   const bool null2 = IsNull(codeSet2, language2);
   const bool ordering = (cmpOp & (kKaCmpExact | kKaCmpSimple)) != 0;
@@ -384,5 +545,25 @@ int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
   int* running = (cmpOp & kKaCmpRunningDifference) != 0 ? result : nullptr;
   if (running != nullptr) *running = 0;
   const Options o{language1, language2, cmpOp, mode, KeyMask(cmpOp), running};
-  return CompareCollating(codeSet1, s1, codeSet2, s2, maxLength, o);
+  if (!general && FastWalker::Fits(codeSet1, language1) && FastWalker::Fits(codeSet2, language2)) {
+    return CompareCollating<FastWalker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  return CompareCollating<Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+}
+
+}  // namespace
+
+int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
+             unsigned char codeSet2, unsigned char language2, const void* s2, unsigned short cmpOp,
+             short maxLength, unsigned char mode, int* result) {
+  return Compare(codeSet1, language1, s1, codeSet2, language2, s2, cmpOp, maxLength, mode, result,
+                 false);
+}
+
+int ka::detail::KaStrCmpGeneral(unsigned char codeSet1, unsigned char language1, const void* s1,
+                                unsigned char codeSet2, unsigned char language2, const void* s2,
+                                unsigned short cmpOp, short maxLength, unsigned char mode,
+                                int* result) {
+  return Compare(codeSet1, language1, s1, codeSet2, language2, s2, cmpOp, maxLength, mode, result,
+                 true);
 }
