@@ -207,74 +207,75 @@ void EnsureTables() {
   (void)built;
 }
 
+enum class Via : unsigned char { kIterator, kBytes, kWide, kOrders };
+
+// How text of `codeSet` in `language` is read: through the iterator for its
+// defaults (255) and for sets without tables.
+Via ViaOf(unsigned char codeSet, unsigned char language) {
+  if (language == 255 || codeSet == 255) return Via::kIterator;
+  if (codeSet == 254) return Via::kOrders;
+  EnsureTables();
+  if (codeSet <= 224) return g_byteKnown[codeSet] ? Via::kBytes : Via::kIterator;
+  return g_wideKnown[codeSet - 225] ? Via::kWide : Via::kIterator;
+}
+
+// Read for null texts: the end at once.
+constexpr unsigned char kNoText[2] = {0, 0};
+
 // One side of the walk read through the tables; the same contract as Walker.
+template <Via kVia>
 struct FastWalker {
-  enum class Via : unsigned char { kBytes, kWide, kOrders };
+  static constexpr unsigned kWidth = kVia == Via::kBytes ? 1 : 2;
 
   const unsigned char* pos;
-  const KaCodeSet* set = nullptr;
   const uint32_t* bytes = nullptr;
   const uint64_t* wideFlags = nullptr;
+  const KaCodeSet* set = nullptr;
   const unsigned short* pending = nullptr;  // the rest of an expansion
   unsigned short pendingLeft = 0;
   unsigned char language;
-  Via via;
   bool firstOrderOnly;
-  int taken = 0;
-  int limit;
-
-  // Whether text of `codeSet` in `language` can be read so (the iterator's
-  // defaults, 255, and sets without tables go through the iterator).
-  static bool Fits(unsigned char codeSet, unsigned char language) {
-    if (language == 255 || codeSet == 255) return false;
-    if (codeSet == 254) return true;
-    EnsureTables();
-    return codeSet <= 224 ? g_byteKnown[codeSet] : g_wideKnown[codeSet - 225];
-  }
+  unsigned taken = 0;
+  unsigned limit;  // characters; UINT_MAX unlimited
 
   FastWalker(unsigned char codeSet, unsigned char lang, const void* text, int maxChars,
              bool firstOnly)
-      : pos(static_cast<const unsigned char*>(text)),
+      : pos(text != nullptr ? static_cast<const unsigned char*>(text) : kNoText),
         language(lang),
-        via(codeSet == 254   ? Via::kOrders
-            : codeSet <= 224 ? Via::kBytes
-                             : Via::kWide),
         firstOrderOnly(firstOnly),
-        limit(maxChars) {
-    if (via == Via::kBytes) {
+        limit(maxChars < 0 ? UINT_MAX : static_cast<unsigned>(maxChars)) {
+    if constexpr (kVia == Via::kBytes) {
       bytes = g_byteTables[codeSet];
       set = KaCodeSet::Get(codeSet);
-    } else if (via == Via::kWide) {
+    } else if constexpr (kVia == Via::kWide) {
       wideFlags = g_wideFlags[codeSet - 225];
       set = KaCodeSet::Get(codeSet);
     }
   }
 
-  unsigned Width() const { return via == Via::kBytes ? 1 : 2; }
   unsigned short Unit() const {
-    if (pos == nullptr) return 0;
-    if (via == Via::kBytes) return *pos;
-    return ka::LoadU16(pos, via == Via::kOrders ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
+    if constexpr (kVia == Via::kBytes) return *pos;
+    return ka::LoadU16(pos, kVia == Via::kOrders ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
   }
 
   bool AtCharacter() const { return pendingLeft == 0; }
-  bool Spent() const { return AtCharacter() && limit >= 0 && taken >= limit; }
-  bool AtEnd() const { return AtCharacter() && (Spent() || Unit() == 0); }
+  bool Spent() const { return AtCharacter() && taken >= limit; }
+  bool AtEnd() const { return AtCharacter() && (taken >= limit || Unit() == 0); }
 
   unsigned short Next() {
     if (pendingLeft != 0) {
       --pendingLeft;
       return *pending++;
     }
-    if (limit >= 0 && taken >= limit) return 0;
+    if (taken >= limit) return 0;
     const unsigned short unit = Unit();
     if (unit == 0) return 0;
     ++taken;
-    pos += Width();
-    if (via == Via::kBytes) {
+    pos += kWidth;
+    if constexpr (kVia == Via::kBytes) {
       const uint32_t e = bytes[unit];
       if ((e >> 16) == 0) return static_cast<unsigned short>(e);
-    } else if (via == Via::kWide) {
+    } else if constexpr (kVia == Via::kWide) {
       if (((wideFlags[unit >> 6] >> (unit & 63)) & 1) == 0) return set->GetOrder(unit);
     } else {
       return unit;
@@ -292,11 +293,9 @@ struct FastWalker {
   // maximum length: identical units give identical orders, expansions and
   // keys, so the walk over them changes nothing but the counts.
   static void SkipIdentical(FastWalker& a, FastWalker& b) {
-    if (a.pos == nullptr || b.pos == nullptr) return;
-    const unsigned w = a.Width();
-    long n = 0;
-    const long most = a.limit < 0 ? LONG_MAX : a.limit;
-    if (w == 1) {
+    unsigned n = 0;
+    const unsigned most = a.limit;
+    if constexpr (kWidth == 1) {
       while (n < most && a.pos[n] == b.pos[n] && a.pos[n] != 0) ++n;
     } else {
       while (n < most && std::memcmp(a.pos + 2 * n, b.pos + 2 * n, 2) == 0 &&
@@ -304,12 +303,17 @@ struct FastWalker {
         ++n;
       }
     }
-    a.pos += n * w;
-    b.pos += n * w;
-    a.taken += static_cast<int>(n);
-    b.taken += static_cast<int>(n);
+    a.pos += n * kWidth;
+    b.pos += n * kWidth;
+    a.taken += n;
+    b.taken += n;
   }
 };
+
+template <typename W>
+struct IsFast : std::false_type {};
+template <Via kVia>
+struct IsFast<FastWalker<kVia>> : std::true_type {};
 
 // The tie-breaking levels seen so far, on masked keys whose primary parts
 // were equal.
@@ -342,8 +346,8 @@ int Resolve(const Levels& levels, const Options& o) {
   return 0;
 }
 
-template <typename W>
-int CompareSimple(W& w1, W& w2, const Options& o) {
+template <typename V, typename P>
+int CompareSimple(V& w1, P& w2, const Options& o) {
   for (;;) {
     const unsigned short o1 = w1.Next();
     const unsigned short o2 = w2.Next();
@@ -370,7 +374,7 @@ struct Wildcards {
 // wildcard or the escape; the escape makes the character after it literal,
 // and stands for itself at the end of the pattern.
 template <typename W>
-Token ReadToken(W& p, const Wildcards& w) {
+[[gnu::always_inline]] inline Token ReadToken(W& p, const Wildcards& w) {
   const bool fresh = p.AtCharacter();
   const unsigned short o = p.Next();
   if (o == 0) return {Kind::kEnd, 0};
@@ -401,13 +405,13 @@ Token ReadToken(W& p, const Wildcards& w) {
 // returns to the saved state, one character further on. Only the latest star
 // is kept: a match that an earlier star could reach by taking more, the
 // latest star reaches as well, so older states never change the answer.
-template <typename W>
-int CompareLevels(W& v, W& p, const Options& o, const Wildcards& w) {
+template <typename V, typename P>
+int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
   const bool exact = !w.active;
   Levels levels;
   bool starOpen = false;
-  W savedV = v;
-  W savedP = p;
+  V savedV = v;
+  P savedP = p;
   Levels savedLevels;
   auto report = [&](int d) {
     if (o.running != nullptr) *o.running = d;
@@ -419,7 +423,7 @@ int CompareLevels(W& v, W& p, const Options& o, const Wildcards& w) {
     Token t = ReadToken(p, w);
     bool scan = false;
     if (t.kind == Kind::kStar) {
-      W afterStars = p;
+      P afterStars = p;
       do {
         afterStars = p;
         t = ReadToken(p, w);
@@ -441,7 +445,7 @@ int CompareLevels(W& v, W& p, const Options& o, const Wildcards& w) {
         const int r = Resolve(levels, o);
         // Both texts ended together: only an exact comparison goes on to the
         // lengths, which differ when an expansion met its spelled-out letters.
-        return r != 0 || !exact ? r : v.taken - p.taken;
+        return r != 0 || !exact ? r : static_cast<int>(v.taken) - static_cast<int>(p.taken);
       }
       const uint32_t k1 = Key(vo, o.language1) & o.mask;
       const uint32_t k2 = Key(t.order, o.language2) & o.mask;
@@ -490,19 +494,19 @@ int CompareLevels(W& v, W& p, const Options& o, const Wildcards& w) {
   }
 }
 
-template <typename W>
+template <typename V, typename P>
 int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeSet2, const void* s2,
                      short maxLength, const Options& o) {
   const int limit = maxLength < 0 ? -1 : maxLength;
   const bool firstOnly = (o.cmpOp & kStepFirstOrderOnly) != 0;
   const bool wildcards = (o.cmpOp & (kKaCmpExact | kKaCmpSimple)) == 0;
-  W w1(codeSet1, o.language1, s1, limit, firstOnly);
+  V w1(codeSet1, o.language1, s1, limit, firstOnly);
   // A pattern is not cut: the value's maximum length decides when the walk
   // stops (an escape and its character are one element, not two).
-  W w2(codeSet2, o.language2, s2, wildcards ? -1 : limit, firstOnly);
-  if constexpr (std::is_same_v<W, FastWalker>) {
+  P w2(codeSet2, o.language2, s2, wildcards ? -1 : limit, firstOnly);
+  if constexpr (std::is_same_v<V, P> && IsFast<V>::value) {
     if (!wildcards && codeSet1 == codeSet2 && o.language1 == o.language2) {
-      FastWalker::SkipIdentical(w1, w2);
+      V::SkipIdentical(w1, w2);
     }
   }
   if ((o.cmpOp & kKaCmpSimple) != 0) return CompareSimple(w1, w2, o);
@@ -518,6 +522,31 @@ int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeS
   // the answer is 0.
   if (o.mode != 0) levelled.mask &= 0xFFFFFFE0;
   return CompareLevels(w1, w2, levelled, w);
+}
+
+// The walk for the readers of both sides: the tables where both have them
+// (the mixes of 1-byte and Unicode text included), else the iterator.
+int Dispatch(Via via1, unsigned char codeSet1, const void* s1, Via via2, unsigned char codeSet2,
+             const void* s2, short maxLength, const Options& o) {
+  using Bytes = FastWalker<Via::kBytes>;
+  using Wide = FastWalker<Via::kWide>;
+  if (via1 == Via::kBytes && via2 == Via::kBytes) {
+    return CompareCollating<Bytes, Bytes>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kWide && via2 == Via::kWide) {
+    return CompareCollating<Wide, Wide>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kBytes && via2 == Via::kWide) {
+    return CompareCollating<Bytes, Wide>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kWide && via2 == Via::kBytes) {
+    return CompareCollating<Wide, Bytes>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kOrders && via2 == Via::kOrders) {
+    using Orders = FastWalker<Via::kOrders>;
+    return CompareCollating<Orders, Orders>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  return CompareCollating<Walker, Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
 }
 
 int Compare(unsigned char codeSet1, unsigned char language1, const void* s1, unsigned char codeSet2,
@@ -545,10 +574,9 @@ int Compare(unsigned char codeSet1, unsigned char language1, const void* s1, uns
   int* running = (cmpOp & kKaCmpRunningDifference) != 0 ? result : nullptr;
   if (running != nullptr) *running = 0;
   const Options o{language1, language2, cmpOp, mode, KeyMask(cmpOp), running};
-  if (!general && FastWalker::Fits(codeSet1, language1) && FastWalker::Fits(codeSet2, language2)) {
-    return CompareCollating<FastWalker>(codeSet1, s1, codeSet2, s2, maxLength, o);
-  }
-  return CompareCollating<Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  if (general) return CompareCollating<Walker, Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  return Dispatch(ViaOf(codeSet1, language1), codeSet1, s1, ViaOf(codeSet2, language2), codeSet2,
+                  s2, maxLength, o);
 }
 
 }  // namespace
