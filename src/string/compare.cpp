@@ -158,6 +158,16 @@ struct Walker {
   void FinishCharacter() {
     while (it.OverflowActive()) it.Step(1);
   }
+
+  // A position of the walk to return to.
+  using Mark = Walker;
+  Mark Save() const { return *this; }
+  Mark SavePastCharacter() const {
+    Walker past = *this;
+    past.FinishCharacter();
+    return past;
+  }
+  void Restore(const Mark& m) { *this = m; }
 };
 
 // --- The table walk ---------------------------------------------------------------
@@ -173,8 +183,9 @@ struct Walker {
 uint32_t g_byteTables[225][256];
 // Per 2-byte Unicode set (225..253): a bit per unit that needs its properties.
 uint64_t g_wideFlags[29][65536 / 64];
-bool g_byteKnown[225];
-bool g_wideKnown[29];
+enum class Via : unsigned char { kIterator, kBytes, kWide, kOrders };
+// Per code set: how its text is read (the iterator until the tables exist).
+Via g_via[256];
 
 // Fills the tables once; the first caller of any thread waits for it.
 bool BuildTables() {
@@ -185,7 +196,7 @@ bool BuildTables() {
       const KaUnicodeProps props = set->GetUnicodeProps(static_cast<unsigned short>(u), 0);
       g_byteTables[n][u] = props.order | (props.expansion.count != 0 ? 0x10000u : 0u);
     }
-    g_byteKnown[n] = true;
+    g_via[n] = Via::kBytes;
   }
   for (int n = 225; n <= 253; ++n) {
     const KaCodeSet* set = KaCodeSet::Get(static_cast<unsigned char>(n));
@@ -197,8 +208,9 @@ bool BuildTables() {
         g_wideFlags[n - 225][u >> 6] |= uint64_t{1} << (u & 63);
       }
     }
-    g_wideKnown[n - 225] = true;
+    g_via[n] = Via::kWide;
   }
+  g_via[254] = Via::kOrders;
   return true;
 }
 
@@ -207,16 +219,10 @@ void EnsureTables() {
   (void)built;
 }
 
-enum class Via : unsigned char { kIterator, kBytes, kWide, kOrders };
-
 // How text of `codeSet` in `language` is read: through the iterator for its
 // defaults (255) and for sets without tables.
 Via ViaOf(unsigned char codeSet, unsigned char language) {
-  if (language == 255 || codeSet == 255) return Via::kIterator;
-  if (codeSet == 254) return Via::kOrders;
-  EnsureTables();
-  if (codeSet <= 224) return g_byteKnown[codeSet] ? Via::kBytes : Via::kIterator;
-  return g_wideKnown[codeSet - 225] ? Via::kWide : Via::kIterator;
+  return language == 255 ? Via::kIterator : g_via[codeSet];
 }
 
 // Read for null texts: the end at once.
@@ -288,6 +294,22 @@ struct FastWalker {
     return props.order;
   }
   void FinishCharacter() { pendingLeft = 0; }
+
+  // A position of the walk to return to: what moves, not what stays.
+  struct Mark {
+    const unsigned char* pos;
+    const unsigned short* pending;
+    unsigned pendingLeft;
+    unsigned taken;
+  };
+  Mark Save() const { return {pos, pending, pendingLeft, taken}; }
+  Mark SavePastCharacter() const { return {pos, pending, 0, taken}; }
+  void Restore(const Mark& m) {
+    pos = m.pos;
+    pending = m.pending;
+    pendingLeft = static_cast<unsigned short>(m.pendingLeft);
+    taken = m.taken;
+  }
 
   // Passes the longest run of identical units of both texts, within the
   // maximum length: identical units give identical orders, expansions and
@@ -383,10 +405,10 @@ template <typename W>
   if (o == w.question) return {Kind::kQuestion, o};
   if (o == w.escape) {
     p.FinishCharacter();
-    const W before = p;
+    const auto before = p.Save();
     const unsigned short escaped = p.Next();
     if (escaped != 0) return {Kind::kLiteral, escaped};
-    p = before;
+    p.Restore(before);
   }
   return {Kind::kLiteral, o};
 }
@@ -410,8 +432,8 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
   const bool exact = !w.active;
   Levels levels;
   bool starOpen = false;
-  V savedV = v;
-  P savedP = p;
+  typename V::Mark savedV = v.Save();
+  typename P::Mark savedP = p.Save();
   Levels savedLevels;
   auto report = [&](int d) {
     if (o.running != nullptr) *o.running = d;
@@ -423,9 +445,9 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
     Token t = ReadToken(p, w);
     bool scan = false;
     if (t.kind == Kind::kStar) {
-      P afterStars = p;
+      typename P::Mark afterStars = p.Save();
       do {
-        afterStars = p;
+        afterStars = p.Save();
         t = ReadToken(p, w);
       } while (t.kind == Kind::kStar);
       if (t.kind == Kind::kEnd) return Resolve(levels, o);
@@ -464,8 +486,8 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
         continue;
       }
       // The open star takes one more character.
-      v = savedV;
-      p = savedP;
+      v.Restore(savedV);
+      p.Restore(savedP);
       levels = savedLevels;
       t = ReadToken(p, w);
       scan = true;
@@ -477,7 +499,7 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
       if (v.AtEnd()) return -1;
       v.Next();
       v.FinishCharacter();
-      savedV = v;
+      savedV = v.Save();
       continue;
     }
     const uint32_t k2 = Key(t.order, o.language2) & o.mask;
@@ -489,8 +511,7 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
       v.FinishCharacter();
     }
     // The found character's further orders meet the element's in the walk.
-    savedV = v;
-    savedV.FinishCharacter();
+    savedV = v.SavePastCharacter();
   }
 }
 
@@ -575,6 +596,7 @@ int Compare(unsigned char codeSet1, unsigned char language1, const void* s1, uns
   if (running != nullptr) *running = 0;
   const Options o{language1, language2, cmpOp, mode, KeyMask(cmpOp), running};
   if (general) return CompareCollating<Walker, Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  EnsureTables();
   return Dispatch(ViaOf(codeSet1, language1), codeSet1, s1, ViaOf(codeSet2, language2), codeSet2,
                   s2, maxLength, o);
 }
