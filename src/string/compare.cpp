@@ -438,6 +438,10 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
   auto report = [&](int d) {
     if (o.running != nullptr) *o.running = d;
   };
+  // The levels are resolved only when someone reads them.
+  auto reportLevels = [&] {
+    if (o.running != nullptr) *o.running = Resolve(levels, o);
+  };
 
   for (;;) {
     // The value's maximum length is spent and the pattern agrees so far.
@@ -472,7 +476,7 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
       const uint32_t k1 = Key(vo, o.language1) & o.mask;
       const uint32_t k2 = Key(t.order, o.language2) & o.mask;
       if (k1 == k2) {
-        if (vo != 0) report(Resolve(levels, o));
+        if (vo != 0) reportLevels();
         continue;
       }
       const int64_t primary = static_cast<int64_t>(k1 & kPrimaryMask) - (k2 & kPrimaryMask);
@@ -482,7 +486,7 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
           return Clamp(primary);
         }
         levels.Record(k1, k2);
-        report(Resolve(levels, o));
+        reportLevels();
         continue;
       }
       // The open star takes one more character.
