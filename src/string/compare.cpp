@@ -312,23 +312,40 @@ struct FastWalker {
   }
 
   // Passes the longest run of identical units of both texts, within the
-  // maximum length: identical units give identical orders, expansions and
-  // keys, so the walk over them changes nothing but the counts.
-  static void SkipIdentical(FastWalker& a, FastWalker& b) {
+  // maximum length, that `stops` lets by: identical units give identical
+  // orders, expansions and keys, so the walk over them changes nothing but
+  // the counts.
+  template <typename Stops>
+  static void SkipIdentical(FastWalker& a, FastWalker& b, Stops stops) {
     unsigned n = 0;
     const unsigned most = a.limit;
-    if constexpr (kWidth == 1) {
-      while (n < most && a.pos[n] == b.pos[n] && a.pos[n] != 0) ++n;
-    } else {
-      while (n < most && std::memcmp(a.pos + 2 * n, b.pos + 2 * n, 2) == 0 &&
-             (a.pos[2 * n] | a.pos[2 * n + 1]) != 0) {
-        ++n;
+    for (; n < most; ++n) {
+      unsigned short unit;
+      if constexpr (kWidth == 1) {
+        unit = a.pos[n];
+        if (unit != b.pos[n]) break;
+      } else {
+        if (std::memcmp(a.pos + 2 * n, b.pos + 2 * n, 2) != 0) break;
+        unit = ka::LoadU16(a.pos + 2 * n,
+                           kVia == Via::kOrders ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
       }
+      if (unit == 0 || stops(a, unit)) break;
     }
     a.pos += n * kWidth;
     b.pos += n * kWidth;
     a.taken += n;
     b.taken += n;
+  }
+
+  // The first order of a unit when the tables give it at once; 0 when they
+  // do not (a Unicode unit that needs its properties).
+  unsigned short FirstOrder(unsigned short unit) const {
+    if constexpr (kVia == Via::kBytes) return static_cast<unsigned short>(bytes[unit]);
+    if constexpr (kVia == Via::kWide) {
+      if (((wideFlags[unit >> 6] >> (unit & 63)) & 1) != 0) return 0;
+      return set->GetOrder(unit);
+    }
+    return unit;
   }
 };
 
@@ -529,18 +546,27 @@ int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeS
   // A pattern is not cut: the value's maximum length decides when the walk
   // stops (an escape and its character are one element, not two).
   P w2(codeSet2, o.language2, s2, wildcards ? -1 : limit, firstOnly);
-  if constexpr (std::is_same_v<V, P> && IsFast<V>::value) {
-    if (!wildcards && codeSet1 == codeSet2 && o.language1 == o.language2) {
-      V::SkipIdentical(w1, w2);
-    }
-  }
-  if ((o.cmpOp & kKaCmpSimple) != 0) return CompareSimple(w1, w2, o);
   Wildcards w{wildcards, 0, 0, 0};
   if (w.active) {
     w.star = KaString::GetAsterisk();
     w.question = KaString::GetQuestion();
     w.escape = KaString::GetEscape();
   }
+  if constexpr (std::is_same_v<V, P> && IsFast<V>::value) {
+    if (codeSet1 == codeSet2 && o.language1 == o.language2) {
+      if (!wildcards) {
+        V::SkipIdentical(w1, w2, [](const V&, unsigned short) { return false; });
+      } else {
+        // Up to the first wildcard or escape of the pattern: before it the
+        // walk only meets equal keys.
+        V::SkipIdentical(w1, w2, [&w](const V& side, unsigned short unit) {
+          const unsigned short first = side.FirstOrder(unit);
+          return first == 0 || first == w.star || first == w.question || first == w.escape;
+        });
+      }
+    }
+  }
+  if ((o.cmpOp & kKaCmpSimple) != 0) return CompareSimple(w1, w2, o);
   Options levelled = o;
   // Mode 0 alone breaks ties by diacritics; elsewhere they are as invisible to
   // the walk as what the options mask, so that a pattern matches exactly when
