@@ -185,6 +185,17 @@ void BM_Unicode_Icu(benchmark::State& state) {
   ucol_close(c);
 }
 
+// The Latin-1 pairs with the second string in Unicode: text of two code sets
+// (as a 1-byte column against a Unicode key). Its reference is
+// BM_Latin1_Icu, on the same text.
+void BM_Mixed_KaStrCmp(benchmark::State& state) {
+  const auto& s = Latin1().bytes;
+  const auto& u = Latin1().units;
+  RunPairs(state, s.size(), [&](size_t i) {
+    return KaStrCmp(1, 0, s[i].c_str(), 253, 0, u[i + 1].c_str(), kExact, -1, 1, nullptr);
+  });
+}
+
 // --- Wildcard matching ----------------------------------------------------------------------
 
 void BM_Wildcard_KaStrCmp(benchmark::State& state) {
@@ -249,6 +260,7 @@ BENCHMARK(BM_Latin1_KaStrCmp);
 BENCHMARK(BM_Latin1_Icu);
 BENCHMARK(BM_Unicode_KaStrCmp);
 BENCHMARK(BM_Unicode_Icu);
+BENCHMARK(BM_Mixed_KaStrCmp);
 BENCHMARK(BM_Wildcard_KaStrCmp);
 BENCHMARK(BM_Wildcard_Fnmatch);
 BENCHMARK(BM_IString_Fold);

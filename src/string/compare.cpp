@@ -4,10 +4,15 @@
 // wildcard walk lives on the stack.
 #include <climits>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
+#include "kabase/codec.h"
+#include "kai18n/codeset.h"
 #include "kai18n/langctx.h"
 #include "katypemgr/kastrcmp.h"
 #include "katypemgr/kastring.h"
+#include "string/compare_general.h"
 
 namespace {
 
@@ -153,7 +158,201 @@ struct Walker {
   void FinishCharacter() {
     while (it.OverflowActive()) it.Step(1);
   }
+
+  // A position of the walk to return to.
+  using Mark = Walker;
+  Mark Save() const { return *this; }
+  Mark SavePastCharacter() const {
+    Walker past = *this;
+    past.FinishCharacter();
+    return past;
+  }
+  void Restore(const Mark& m) { *this = m; }
 };
+
+// --- The table walk ---------------------------------------------------------------
+//
+// Text of a known code set is read without the iterator: a 1-byte set through
+// a table of byte -> order with a flag for the bytes whose order expands, the
+// Unicode set through its order pages with a bitmap of the units that expand
+// (or whose first order the pages do not give), the order set as it stands.
+// Flagged units take the code set's full properties, as the iterator does; the
+// walk sees the same orders in the same places.
+
+// Per 1-byte set: the order in the low 16 bits, bit 16 set when it expands.
+uint32_t g_byteTables[225][256];
+// Per 2-byte Unicode set (225..253): a bit per unit that needs its properties.
+uint64_t g_wideFlags[29][65536 / 64];
+enum class Via : unsigned char { kIterator, kBytes, kWide, kOrders };
+// Per code set: how its text is read (the iterator until the tables exist).
+Via g_via[256];
+
+// Fills the tables once; the first caller of any thread waits for it.
+bool BuildTables() {
+  for (int n = 1; n <= 224; ++n) {
+    const KaCodeSet* set = KaCodeSet::Get(static_cast<unsigned char>(n));
+    if (set == nullptr || set->GetKind() != KaCodeSet::Kind::kByte) continue;
+    for (unsigned u = 0; u < 256; ++u) {
+      const KaUnicodeProps props = set->GetUnicodeProps(static_cast<unsigned short>(u), 0);
+      g_byteTables[n][u] = props.order | (props.expansion.count != 0 ? 0x10000u : 0u);
+    }
+    g_via[n] = Via::kBytes;
+  }
+  for (int n = 225; n <= 253; ++n) {
+    const KaCodeSet* set = KaCodeSet::Get(static_cast<unsigned char>(n));
+    if (set == nullptr || set->GetKind() != KaCodeSet::Kind::kUnicode) continue;
+    for (unsigned u = 0; u < 65536; ++u) {
+      const auto unit = static_cast<unsigned short>(u);
+      const KaUnicodeProps props = set->GetUnicodeProps(unit, 0);
+      if (props.expansion.count != 0 || props.order != set->GetOrder(unit)) {
+        g_wideFlags[n - 225][u >> 6] |= uint64_t{1} << (u & 63);
+      }
+    }
+    g_via[n] = Via::kWide;
+  }
+  g_via[254] = Via::kOrders;
+  return true;
+}
+
+void EnsureTables() {
+  static const bool built = BuildTables();
+  (void)built;
+}
+
+// How text of `codeSet` in `language` is read: through the iterator for its
+// defaults (255) and for sets without tables.
+Via ViaOf(unsigned char codeSet, unsigned char language) {
+  return language == 255 ? Via::kIterator : g_via[codeSet];
+}
+
+// Read for null texts: the end at once.
+constexpr unsigned char kNoText[2] = {0, 0};
+
+// One side of the walk read through the tables; the same contract as Walker.
+template <Via kVia>
+struct FastWalker {
+  static constexpr unsigned kWidth = kVia == Via::kBytes ? 1 : 2;
+
+  const unsigned char* pos;
+  const uint32_t* bytes = nullptr;
+  const uint64_t* wideFlags = nullptr;
+  const KaCodeSet* set = nullptr;
+  const unsigned short* pending = nullptr;  // the rest of an expansion
+  unsigned short pendingLeft = 0;
+  unsigned char language;
+  bool firstOrderOnly;
+  unsigned taken = 0;
+  unsigned limit;  // characters; UINT_MAX unlimited
+
+  FastWalker(unsigned char codeSet, unsigned char lang, const void* text, int maxChars,
+             bool firstOnly)
+      : pos(text != nullptr ? static_cast<const unsigned char*>(text) : kNoText),
+        language(lang),
+        firstOrderOnly(firstOnly),
+        limit(maxChars < 0 ? UINT_MAX : static_cast<unsigned>(maxChars)) {
+    if constexpr (kVia == Via::kBytes) {
+      bytes = g_byteTables[codeSet];
+      set = KaCodeSet::Get(codeSet);
+    } else if constexpr (kVia == Via::kWide) {
+      wideFlags = g_wideFlags[codeSet - 225];
+      set = KaCodeSet::Get(codeSet);
+    }
+  }
+
+  unsigned short Unit() const {
+    if constexpr (kVia == Via::kBytes) return *pos;
+    return ka::LoadU16(pos, kVia == Via::kOrders ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
+  }
+
+  bool AtCharacter() const { return pendingLeft == 0; }
+  bool Spent() const { return AtCharacter() && taken >= limit; }
+  bool AtEnd() const { return AtCharacter() && (taken >= limit || Unit() == 0); }
+
+  unsigned short Next() {
+    if (pendingLeft != 0) {
+      --pendingLeft;
+      return *pending++;
+    }
+    if (taken >= limit) return 0;
+    const unsigned short unit = Unit();
+    if (unit == 0) return 0;
+    ++taken;
+    pos += kWidth;
+    if constexpr (kVia == Via::kBytes) {
+      const uint32_t e = bytes[unit];
+      if ((e >> 16) == 0) return static_cast<unsigned short>(e);
+    } else if constexpr (kVia == Via::kWide) {
+      if (((wideFlags[unit >> 6] >> (unit & 63)) & 1) == 0) return set->GetOrder(unit);
+    } else {
+      return unit;
+    }
+    const KaUnicodeProps props = set->GetUnicodeProps(unit, language);
+    if (!firstOrderOnly) {
+      pending = props.expansion.chars;
+      pendingLeft = props.expansion.count;
+    }
+    return props.order;
+  }
+  void FinishCharacter() { pendingLeft = 0; }
+
+  // A position of the walk to return to: what moves, not what stays.
+  struct Mark {
+    const unsigned char* pos;
+    const unsigned short* pending;
+    unsigned pendingLeft;
+    unsigned taken;
+  };
+  Mark Save() const { return {pos, pending, pendingLeft, taken}; }
+  Mark SavePastCharacter() const { return {pos, pending, 0, taken}; }
+  void Restore(const Mark& m) {
+    pos = m.pos;
+    pending = m.pending;
+    pendingLeft = static_cast<unsigned short>(m.pendingLeft);
+    taken = m.taken;
+  }
+
+  // Passes the longest run of identical units of both texts, within the
+  // maximum length, that `stops` lets by: identical units give identical
+  // orders, expansions and keys, so the walk over them changes nothing but
+  // the counts.
+  template <typename Stops>
+  static void SkipIdentical(FastWalker& a, FastWalker& b, Stops stops) {
+    unsigned n = 0;
+    const unsigned most = a.limit;
+    for (; n < most; ++n) {
+      unsigned short unit;
+      if constexpr (kWidth == 1) {
+        unit = a.pos[n];
+        if (unit != b.pos[n]) break;
+      } else {
+        if (std::memcmp(a.pos + 2 * n, b.pos + 2 * n, 2) != 0) break;
+        unit = ka::LoadU16(a.pos + 2 * n,
+                           kVia == Via::kOrders ? ka::ByteOrder::kLittle : ka::ByteOrder::kMemory);
+      }
+      if (unit == 0 || stops(a, unit)) break;
+    }
+    a.pos += n * kWidth;
+    b.pos += n * kWidth;
+    a.taken += n;
+    b.taken += n;
+  }
+
+  // The first order of a unit when the tables give it at once; 0 when they
+  // do not (a Unicode unit that needs its properties).
+  unsigned short FirstOrder(unsigned short unit) const {
+    if constexpr (kVia == Via::kBytes) return static_cast<unsigned short>(bytes[unit]);
+    if constexpr (kVia == Via::kWide) {
+      if (((wideFlags[unit >> 6] >> (unit & 63)) & 1) != 0) return 0;
+      return set->GetOrder(unit);
+    }
+    return unit;
+  }
+};
+
+template <typename W>
+struct IsFast : std::false_type {};
+template <Via kVia>
+struct IsFast<FastWalker<kVia>> : std::true_type {};
 
 // The tie-breaking levels seen so far, on masked keys whose primary parts
 // were equal.
@@ -186,7 +385,8 @@ int Resolve(const Levels& levels, const Options& o) {
   return 0;
 }
 
-int CompareSimple(Walker& w1, Walker& w2, const Options& o) {
+template <typename V, typename P>
+int CompareSimple(V& w1, P& w2, const Options& o) {
   for (;;) {
     const unsigned short o1 = w1.Next();
     const unsigned short o2 = w2.Next();
@@ -212,7 +412,8 @@ struct Wildcards {
 // The next pattern element. Only the first order of a character can be a
 // wildcard or the escape; the escape makes the character after it literal,
 // and stands for itself at the end of the pattern.
-Token ReadToken(Walker& p, const Wildcards& w) {
+template <typename W>
+[[gnu::always_inline]] inline Token ReadToken(W& p, const Wildcards& w) {
   const bool fresh = p.AtCharacter();
   const unsigned short o = p.Next();
   if (o == 0) return {Kind::kEnd, 0};
@@ -221,10 +422,10 @@ Token ReadToken(Walker& p, const Wildcards& w) {
   if (o == w.question) return {Kind::kQuestion, o};
   if (o == w.escape) {
     p.FinishCharacter();
-    const Walker before = p;
+    const auto before = p.Save();
     const unsigned short escaped = p.Next();
     if (escaped != 0) return {Kind::kLiteral, escaped};
-    p = before;
+    p.Restore(before);
   }
   return {Kind::kLiteral, o};
 }
@@ -243,15 +444,20 @@ Token ReadToken(Walker& p, const Wildcards& w) {
 // returns to the saved state, one character further on. Only the latest star
 // is kept: a match that an earlier star could reach by taking more, the
 // latest star reaches as well, so older states never change the answer.
-int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
+template <typename V, typename P>
+int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
   const bool exact = !w.active;
   Levels levels;
   bool starOpen = false;
-  Walker savedV = v;
-  Walker savedP = p;
+  typename V::Mark savedV = v.Save();
+  typename P::Mark savedP = p.Save();
   Levels savedLevels;
   auto report = [&](int d) {
     if (o.running != nullptr) *o.running = d;
+  };
+  // The levels are resolved only when someone reads them.
+  auto reportLevels = [&] {
+    if (o.running != nullptr) *o.running = Resolve(levels, o);
   };
 
   for (;;) {
@@ -260,9 +466,9 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
     Token t = ReadToken(p, w);
     bool scan = false;
     if (t.kind == Kind::kStar) {
-      Walker afterStars = p;
+      typename P::Mark afterStars = p.Save();
       do {
-        afterStars = p;
+        afterStars = p.Save();
         t = ReadToken(p, w);
       } while (t.kind == Kind::kStar);
       if (t.kind == Kind::kEnd) return Resolve(levels, o);
@@ -282,12 +488,12 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
         const int r = Resolve(levels, o);
         // Both texts ended together: only an exact comparison goes on to the
         // lengths, which differ when an expansion met its spelled-out letters.
-        return r != 0 || !exact ? r : v.taken - p.taken;
+        return r != 0 || !exact ? r : static_cast<int>(v.taken) - static_cast<int>(p.taken);
       }
       const uint32_t k1 = Key(vo, o.language1) & o.mask;
       const uint32_t k2 = Key(t.order, o.language2) & o.mask;
       if (k1 == k2) {
-        if (vo != 0) report(Resolve(levels, o));
+        if (vo != 0) reportLevels();
         continue;
       }
       const int64_t primary = static_cast<int64_t>(k1 & kPrimaryMask) - (k2 & kPrimaryMask);
@@ -297,12 +503,12 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
           return Clamp(primary);
         }
         levels.Record(k1, k2);
-        report(Resolve(levels, o));
+        reportLevels();
         continue;
       }
       // The open star takes one more character.
-      v = savedV;
-      p = savedP;
+      v.Restore(savedV);
+      p.Restore(savedP);
       levels = savedLevels;
       t = ReadToken(p, w);
       scan = true;
@@ -314,7 +520,7 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
       if (v.AtEnd()) return -1;
       v.Next();
       v.FinishCharacter();
-      savedV = v;
+      savedV = v.Save();
       continue;
     }
     const uint32_t k2 = Key(t.order, o.language2) & o.mask;
@@ -326,29 +532,41 @@ int CompareLevels(Walker& v, Walker& p, const Options& o, const Wildcards& w) {
       v.FinishCharacter();
     }
     // The found character's further orders meet the element's in the walk.
-    savedV = v;
-    savedV.FinishCharacter();
+    savedV = v.SavePastCharacter();
   }
 }
 
+template <typename V, typename P>
 int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeSet2, const void* s2,
                      short maxLength, const Options& o) {
   const int limit = maxLength < 0 ? -1 : maxLength;
   const bool firstOnly = (o.cmpOp & kStepFirstOrderOnly) != 0;
-  Walker w1(codeSet1, o.language1, s1, limit, firstOnly);
-  if ((o.cmpOp & kKaCmpSimple) != 0) {
-    Walker w2(codeSet2, o.language2, s2, limit, firstOnly);
-    return CompareSimple(w1, w2, o);
-  }
-  Wildcards w{(o.cmpOp & kKaCmpExact) == 0, 0, 0, 0};
+  const bool wildcards = (o.cmpOp & (kKaCmpExact | kKaCmpSimple)) == 0;
+  V w1(codeSet1, o.language1, s1, limit, firstOnly);
+  // A pattern is not cut: the value's maximum length decides when the walk
+  // stops (an escape and its character are one element, not two).
+  P w2(codeSet2, o.language2, s2, wildcards ? -1 : limit, firstOnly);
+  Wildcards w{wildcards, 0, 0, 0};
   if (w.active) {
     w.star = KaString::GetAsterisk();
     w.question = KaString::GetQuestion();
     w.escape = KaString::GetEscape();
   }
-  // A pattern is not cut: the value's maximum length decides when the walk
-  // stops (an escape and its character are one element, not two).
-  Walker w2(codeSet2, o.language2, s2, w.active ? -1 : limit, firstOnly);
+  if constexpr (std::is_same_v<V, P> && IsFast<V>::value) {
+    if (codeSet1 == codeSet2 && o.language1 == o.language2) {
+      if (!wildcards) {
+        V::SkipIdentical(w1, w2, [](const V&, unsigned short) { return false; });
+      } else {
+        // Up to the first wildcard or escape of the pattern: before it the
+        // walk only meets equal keys.
+        V::SkipIdentical(w1, w2, [&w](const V& side, unsigned short unit) {
+          const unsigned short first = side.FirstOrder(unit);
+          return first == 0 || first == w.star || first == w.question || first == w.escape;
+        });
+      }
+    }
+  }
+  if ((o.cmpOp & kKaCmpSimple) != 0) return CompareSimple(w1, w2, o);
   Options levelled = o;
   // Mode 0 alone breaks ties by diacritics; elsewhere they are as invisible to
   // the walk as what the options mask, so that a pattern matches exactly when
@@ -357,11 +575,34 @@ int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeS
   return CompareLevels(w1, w2, levelled, w);
 }
 
-}  // namespace
+// The walk for the readers of both sides: the tables where both have them
+// (the mixes of 1-byte and Unicode text included), else the iterator.
+int Dispatch(Via via1, unsigned char codeSet1, const void* s1, Via via2, unsigned char codeSet2,
+             const void* s2, short maxLength, const Options& o) {
+  using Bytes = FastWalker<Via::kBytes>;
+  using Wide = FastWalker<Via::kWide>;
+  if (via1 == Via::kBytes && via2 == Via::kBytes) {
+    return CompareCollating<Bytes, Bytes>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kWide && via2 == Via::kWide) {
+    return CompareCollating<Wide, Wide>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kBytes && via2 == Via::kWide) {
+    return CompareCollating<Bytes, Wide>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kWide && via2 == Via::kBytes) {
+    return CompareCollating<Wide, Bytes>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  if (via1 == Via::kOrders && via2 == Via::kOrders) {
+    using Orders = FastWalker<Via::kOrders>;
+    return CompareCollating<Orders, Orders>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  }
+  return CompareCollating<Walker, Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+}
 
-int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
-             unsigned char codeSet2, unsigned char language2, const void* s2, unsigned short cmpOp,
-             short maxLength, unsigned char mode, int* result) {
+int Compare(unsigned char codeSet1, unsigned char language1, const void* s1, unsigned char codeSet2,
+            unsigned char language2, const void* s2, unsigned short cmpOp, short maxLength,
+            unsigned char mode, int* result, bool general) {
   const bool null1 = IsNull(codeSet1, language1);
   const bool null2 = IsNull(codeSet2, language2);
   const bool ordering = (cmpOp & (kKaCmpExact | kKaCmpSimple)) != 0;
@@ -384,5 +625,25 @@ int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
   int* running = (cmpOp & kKaCmpRunningDifference) != 0 ? result : nullptr;
   if (running != nullptr) *running = 0;
   const Options o{language1, language2, cmpOp, mode, KeyMask(cmpOp), running};
-  return CompareCollating(codeSet1, s1, codeSet2, s2, maxLength, o);
+  if (general) return CompareCollating<Walker, Walker>(codeSet1, s1, codeSet2, s2, maxLength, o);
+  EnsureTables();
+  return Dispatch(ViaOf(codeSet1, language1), codeSet1, s1, ViaOf(codeSet2, language2), codeSet2,
+                  s2, maxLength, o);
+}
+
+}  // namespace
+
+int KaStrCmp(unsigned char codeSet1, unsigned char language1, const void* s1,
+             unsigned char codeSet2, unsigned char language2, const void* s2, unsigned short cmpOp,
+             short maxLength, unsigned char mode, int* result) {
+  return Compare(codeSet1, language1, s1, codeSet2, language2, s2, cmpOp, maxLength, mode, result,
+                 false);
+}
+
+int ka::detail::KaStrCmpGeneral(unsigned char codeSet1, unsigned char language1, const void* s1,
+                                unsigned char codeSet2, unsigned char language2, const void* s2,
+                                unsigned short cmpOp, short maxLength, unsigned char mode,
+                                int* result) {
+  return Compare(codeSet1, language1, s1, codeSet2, language2, s2, cmpOp, maxLength, mode, result,
+                 true);
 }
