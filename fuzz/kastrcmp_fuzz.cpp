@@ -2,14 +2,16 @@
 // class (1-byte with tables, native, Unicode, orders, 255, sets this library
 // does not know), languages (20 and the null mark 254 among them), patterns
 // rich in stars, question marks and escapes, every maximum length and mode.
-// Nothing may read outside the texts; exact and simple comparisons must be
-// antisymmetric, and reading both texts cut to the maximum length must give
-// the same sign.
+// Nothing may read outside the texts; every answer and running difference
+// must equal the general walk's (the character iterator on both sides, no
+// tables, no prefix skip); exact and simple comparisons must be antisymmetric,
+// and reading both texts cut to the maximum length must give the same sign.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
 #include "katypemgr/kastrcmp.h"
+#include "string/compare_general.h"
 
 namespace {
 
@@ -82,8 +84,14 @@ int Sign(int v) { return (v > 0) - (v < 0); }
 
 int Compare(const Text& a, const Text& b, unsigned short op, short max, unsigned char mode) {
   int running = 0;
-  return KaStrCmp(a.codeSet, a.language, a.Data(), b.codeSet, b.language, b.Data(), op, max, mode,
-                  &running);
+  int generalRunning = 0;
+  const int answer = KaStrCmp(a.codeSet, a.language, a.Data(), b.codeSet, b.language, b.Data(), op,
+                              max, mode, &running);
+  const int general =
+      ka::detail::KaStrCmpGeneral(a.codeSet, a.language, a.Data(), b.codeSet, b.language, b.Data(),
+                                  op, max, mode, &generalRunning);
+  if (answer != general || running != generalRunning) std::abort();
+  return answer;
 }
 
 }  // namespace
