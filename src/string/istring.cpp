@@ -240,38 +240,61 @@ int TakeSortByte(Side& side) {
 }
 
 // The walk pair by pair from any state: where one side expands and the other
-// does not, the two read out of step.
-[[gnu::noinline]] int WalkOutOfStep(Side a, Side b, size_t taken, size_t limit) {
+// does not, the two read out of step. `pending` holds the second sort bytes
+// waiting on each side (a's in its low byte). Six arguments, all passed in
+// registers: the in-step walk that calls it needs no stack frame.
+[[gnu::noinline]] int WalkOutOfStep(const unsigned char* pa, const unsigned char* pb,
+                                    const SortBytes* ta, const SortBytes* tb, unsigned pending,
+                                    size_t remaining) {
+  Side a{pa, ta, static_cast<unsigned char>(pending)};
+  Side b{pb, tb, static_cast<unsigned char>(pending >> 8)};
   // A pair taken while either side stood at its terminator is the last one:
   // a pending second sort byte still takes part in it.
-  for (bool ended = false; !ended && taken < limit; ++taken) {
-    ended = *a.at == 0 || *b.at == 0;
+  for (; remaining != 0; --remaining) {
+    const bool ended = *a.at == 0 || *b.at == 0;
     const int difference = TakeSortByte(a) - TakeSortByte(b);
-    if (difference != 0) return difference;
+    if (difference != 0 || ended) return difference;
   }
   return 0;
 }
 
 // --- The equal prefix ---
 
+// 1 when the last of the n bytes at `a` expands. Out of line, so that the
+// prefix loop keeps no copy of its last byte for it.
+[[gnu::noinline, gnu::cold]] size_t LastByteExpands(const unsigned char* a, size_t n,
+                                                    const SortBytes& table) {
+  return n != 0 && table.pairs[a[n - 1]] == 2 ? 1 : 0;
+}
+
 // Read alike, equal bytes give equal sort bytes, a waiting second one
 // included: the common prefix of neighbouring keys is stepped over with its
-// pairs counted. A byte is stepped over only when the next one is equal and no
-// terminator, so its pairs never end the walk; the last equal byte is left to
-// the pair by pair walk. Answers the pairs stepped over.
+// pairs counted, and an equal pair counts against the limit like any other.
+// An expanding byte is different: the pair of its second sort byte ends the
+// walk when either side stands at its terminator behind it, so when the
+// prefix ends on one, that byte is left to the pair by pair walk. Answers the
+// pairs stepped over.
 [[gnu::always_inline]] inline size_t StepOverEqualPrefix(const unsigned char*& pa,
                                                          const unsigned char*& pb,
                                                          const SortBytes& table) {
   // Byte by byte: a text's bytes past its terminator are not ours to read,
-  // so no wider load looks ahead.
+  // so no wider load looks ahead. One index for both sides keeps the loop to
+  // two loads, two tests and the count.
   const unsigned char* a = pa;
   const unsigned char* b = pb;
+  size_t n = 0;
   size_t taken = 0;
-  for (; *a == *b && *a != 0; ++a, ++b) taken += table.pairs[*a];
-  // Back to the last equal byte, which stays with the walk.
-  pa = a - 1;
-  pb = b - 1;
-  return taken - table.pairs[*pa];
+  for (; a[n] == b[n] && a[n] != 0; ++n) taken += table.pairs[a[n]];
+  // Without an expansion among them (one pair a byte), the last byte stepped
+  // over does not expand either.
+  if (taken != n) [[unlikely]] {
+    const size_t back = LastByteExpands(a, n, table);
+    n -= back;
+    taken -= 2 * back;
+  }
+  pa = a + n;
+  pb = b + n;
+  return taken;
 }
 
 // The walk while both sides stand at a byte with nothing waiting, which is all
@@ -294,7 +317,7 @@ int TakeSortByte(Side& side) {
     ++pb;
     if ((second1 | second2) == 0) continue;
     if (second1 == 0 || second2 == 0) {
-      return WalkOutOfStep({pa, &ta, second1}, {pb, &tb, second2}, taken, limit);
+      return WalkOutOfStep(pa, pb, &ta, &tb, second1 | second2 << 8, limit - taken);
     }
     if (taken >= limit) return 0;
     if (second1 != second2) return second1 - second2;
@@ -312,7 +335,7 @@ int TakeSortByte(Side& side) {
   const auto* pb = reinterpret_cast<const unsigned char*>(s2);
   if (*pa == 0 || *pb == 0) return *pa - *pb;
   const size_t limit = maxLength == 0 ? 65535 : maxLength;
-  const size_t taken = &ta == &tb && *pa == *pb ? StepOverEqualPrefix(pa, pb, ta) : 0;
+  const size_t taken = &ta == &tb ? StepOverEqualPrefix(pa, pb, ta) : 0;
   return WalkInStep(pa, pb, ta, tb, taken, limit);
 }
 
