@@ -527,6 +527,108 @@ TEST_P(TableWalkTest, AnswersAsTheIteratorWalk) {
 
 INSTANTIATE_TEST_SUITE_P(CodeSets, TableWalkTest, ::testing::Values(0, 1, 2));
 
+// Value and pattern of one 1-byte set and one language take the byte walk:
+// patterns made from their values (letters turned to wildcards, stars put in,
+// case and accents changed, escapes), for each option bit a pattern sees,
+// maximum lengths into and past the texts, and every language kind. The
+// sharp s expands: where it is read the general walk takes over.
+class ByteWalkTest : public ::testing::TestWithParam<unsigned char> {};
+
+const char kByteWalkAlphabet[] = "abeAEBsS\xE9\xC9\xE8\xC8xy";
+
+std::string ByteWalkPattern(const std::string& value, std::mt19937& rng) {
+  std::string p;
+  for (char c : value) {
+    switch (rng() % 12) {
+      case 0:
+        p += '?';
+        break;
+      case 1:
+        p += '*';
+        break;
+      case 2:
+        p += '*';
+        p += c;
+        break;
+      case 3:
+        p += static_cast<char>(c ^ 0x20);
+        break;  // the other case
+      case 4:
+        p += '\\';
+        p += c;
+        break;
+      case 5:
+        p += kByteWalkAlphabet[rng() % (sizeof kByteWalkAlphabet - 1)];
+        break;
+      case 6:
+        break;
+      default:
+        p += c;
+    }
+  }
+  switch (rng() % 8) {
+    case 0:
+      p += '*';
+      break;
+    case 1:
+      p += '\\';
+      break;  // an escape that stands for itself
+    case 2:
+      p += "\\*";
+      break;
+    case 3:
+      p += "\xDF";
+      break;
+    default:
+      break;
+  }
+  return p;
+}
+
+TEST_P(ByteWalkTest, AnswersAsTheIteratorWalk) {
+  const unsigned char language = GetParam();
+  std::mt19937 rng(70 + language);
+  const short maxima[] = {-1, 1, 2, 3, 4, 6, 9, 40};
+  const unsigned short flags[] = {kKaCmpIgnoreCase, kKaCmpIgnoreDiacritics, kKaCmpRunningDifference,
+                                  kKaCmpStepFlag};
+  int differing = 0;
+  for (int i = 0; i < 1500; ++i) {
+    std::string value;
+    for (size_t n = rng() % 10; n > 0; --n) {
+      value.push_back(kByteWalkAlphabet[rng() % (sizeof kByteWalkAlphabet - 1)]);
+    }
+    if (i % 50 == 0) value += "\xDF";
+    const std::string pattern = ByteWalkPattern(value, rng);
+    for (unsigned bits = 0; bits < 16; ++bits) {
+      unsigned short op = 0;
+      for (unsigned f = 0; f < 4; ++f) {
+        if ((bits >> f & 1) != 0) op = static_cast<unsigned short>(op | flags[f]);
+      }
+      for (short max : maxima) {
+        for (unsigned char mode = 0; mode < 2; ++mode) {
+          int fastRunning = 7;
+          int generalRunning = 7;
+          const int fast = KaStrCmp(1, language, value.c_str(), 1, language, pattern.c_str(), op,
+                                    max, mode, &fastRunning);
+          const int general =
+              ka::detail::KaStrCmpGeneral(1, language, value.c_str(), 1, language, pattern.c_str(),
+                                          op, max, mode, &generalRunning);
+          if (fast != general || fastRunning != generalRunning) {
+            ADD_FAILURE() << "value \"" << value << "\" pattern \"" << pattern << "\" op " << op
+                          << " max " << max << " mode " << int{mode} << ": " << fast << " (running "
+                          << fastRunning << ") against " << general << " (running "
+                          << generalRunning << ")";
+            if (++differing > 10) return;
+          }
+        }
+      }
+    }
+  }
+}
+
+// 0 and 3 key letters by base letter first; 20 keeps the raw order.
+INSTANTIATE_TEST_SUITE_P(Languages, ByteWalkTest, ::testing::Values(0, 3, 20));
+
 TEST(TableWalk, DefaultCodeSetAndUnknownSetsStillCompare) {
   // 255 takes the default 16-bit set through the iterator; an unknown set
   // compares its units as undefined orders. Both answer as before.

@@ -181,6 +181,12 @@ struct Walker {
 
 // Per 1-byte set: the order in the low 16 bits, bit 16 set when it expands.
 uint32_t g_byteTables[225][256];
+// Per 1-byte set, for the byte walk: the key's low 24 bits (those below the
+// language) in bits 0..23, the order in bits 32..47, and kByteOff when the
+// byte is not answered by the table (its order expands, or a byte other than
+// the terminator has no order). The terminator's entry is 0.
+uint64_t g_byteKeys[225][256];
+constexpr uint64_t kByteOff = 0x80000000u;
 // Per 2-byte Unicode set (225..253): a bit per unit that needs its properties.
 uint64_t g_wideFlags[29][65536 / 64];
 enum class Via : unsigned char { kIterator, kBytes, kWide, kOrders };
@@ -195,6 +201,9 @@ bool BuildTables() {
     for (unsigned u = 0; u < 256; ++u) {
       const KaUnicodeProps props = set->GetUnicodeProps(static_cast<unsigned short>(u), 0);
       g_byteTables[n][u] = props.order | (props.expansion.count != 0 ? 0x10000u : 0u);
+      const bool off = props.expansion.count != 0 || (u != 0 && props.order == 0);
+      g_byteKeys[n][u] = (static_cast<uint64_t>(props.order) << 32) |
+                         (Key(props.order, 0) & 0xFFFFFF) | (off ? kByteOff : 0);
     }
     g_via[n] = Via::kBytes;
   }
@@ -536,6 +545,138 @@ int CompareLevels(V& v, P& p, const Options& o, const Wildcards& w) {
   }
 }
 
+// The walk of CompareLevels for value and pattern of one 1-byte set and one
+// language, with wildcards, as long as every byte it reads has one order: a
+// byte then reads as one table entry that gives its order (to spot the
+// wildcards) and its key. Both texts share the language, so keys are
+// compared by their low 24 bits, and the language joins them only where a
+// difference is answered. Returns kByteWalkOff, having answered nothing, at
+// the first byte the table does not answer; the caller then takes the
+// general walk from the same place.
+constexpr int kByteWalkOff = INT_MIN;
+
+template <bool kRaw>
+int CompareByteLevels(const unsigned char* v, unsigned taken, unsigned limit,
+                      const unsigned char* p, const uint64_t* table, unsigned char language,
+                      const Options& o, const Wildcards& w) {
+  const uint32_t mask = o.mask & 0xFFFFFF;
+  const uint32_t lang = static_cast<uint32_t>(language) << 24;
+  // The raw-order language keys the order as it stands.
+  auto key = [&](uint64_t e) -> uint32_t {
+    if constexpr (kRaw) return static_cast<uint32_t>(e >> 24) & 0xFFFF00 & mask;
+    return static_cast<uint32_t>(e) & mask;
+  };
+  auto order = [](uint64_t e) { return static_cast<unsigned short>(e >> 32); };
+  auto full = [&](uint32_t k) -> int64_t { return k == 0 ? 0 : (k | lang) & kPrimaryMask; };
+  const unsigned char* const start = v - taken;
+  auto spent = [&] { return static_cast<unsigned>(v - start) >= limit; };
+  auto atEnd = [&] { return spent() || *v == 0; };
+
+  struct ByteToken {
+    Kind kind;
+    bool off;
+    uint32_t key;  // a literal's masked key
+  };
+  auto read = [&]() -> ByteToken {
+    const unsigned char b = *p;
+    if (b == 0) return {Kind::kEnd, false, 0};
+    uint64_t e = table[b];
+    if ((e & kByteOff) != 0) return {Kind::kEnd, true, 0};
+    ++p;
+    const unsigned short ord = order(e);
+    if (ord == w.star) return {Kind::kStar, false, 0};
+    if (ord == w.question) return {Kind::kQuestion, false, 0};
+    if (ord == w.escape && *p != 0) {
+      e = table[*p];
+      if ((e & kByteOff) != 0) return {Kind::kEnd, true, 0};
+      ++p;
+    }
+    return {Kind::kLiteral, false, key(e)};
+  };
+
+  Levels levels;
+  Levels savedLevels;
+  bool starOpen = false;
+  const unsigned char* savedV = v;
+  const unsigned char* savedP = p;
+  auto report = [&](int d) {
+    if (o.running != nullptr) *o.running = d;
+  };
+  auto reportLevels = [&] {
+    if (o.running != nullptr) *o.running = Resolve(levels, o);
+  };
+
+  for (;;) {
+    if (spent()) return Resolve(levels, o);
+    ByteToken t = read();
+    if (t.off) return kByteWalkOff;
+    if (t.kind == Kind::kStar) {
+      const unsigned char* afterStars;
+      do {
+        afterStars = p;
+        t = read();
+      } while (t.kind == Kind::kStar);
+      if (t.off) return kByteWalkOff;
+      if (t.kind == Kind::kEnd) return Resolve(levels, o);
+      if (atEnd()) return -1;
+      starOpen = true;
+      savedP = afterStars;
+      savedLevels = levels;
+    } else if (t.kind == Kind::kQuestion) {
+      if (atEnd()) return -1;
+      ++v;
+      continue;
+    } else {
+      const unsigned char vb = *v;
+      uint32_t k1 = 0;
+      if (vb != 0) {
+        const uint64_t e = table[vb];
+        if ((e & kByteOff) != 0) return kByteWalkOff;
+        ++v;
+        k1 = key(e);
+      }
+      if (k1 == t.key) {
+        if (vb == 0) return Resolve(levels, o);
+        reportLevels();
+        continue;
+      }
+      const int64_t primary = full(k1) - full(t.key);
+      if (!starOpen) {
+        if (primary != 0) {
+          if (vb != 0 && t.kind == Kind::kLiteral) report(Clamp(primary));
+          return Clamp(primary);
+        }
+        levels.Record(k1, t.key);
+        reportLevels();
+        continue;
+      }
+      // The open star takes one more character.
+      v = savedV;
+      p = savedP;
+      levels = savedLevels;
+      t = read();
+      if (t.off) return kByteWalkOff;
+    }
+    // To the next value byte that can start the rest of the pattern.
+    if (t.kind == Kind::kQuestion) {
+      if (spent()) return Resolve(levels, o);
+      if (*v == 0) return -1;
+      savedV = ++v;
+      continue;
+    }
+    for (;;) {
+      if (spent()) return Resolve(levels, o);
+      const unsigned char vb = *v;
+      if (vb == 0) return Clamp(-full(t.key));
+      const uint64_t e = table[vb];
+      if ((e & kByteOff) != 0) return kByteWalkOff;
+      ++v;
+      if (key(e) == t.key) break;
+    }
+    savedV = v;
+  }
+}
+
 template <typename V, typename P>
 int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeSet2, const void* s2,
                      short maxLength, const Options& o) {
@@ -572,6 +713,20 @@ int CompareCollating(unsigned char codeSet1, const void* s1, unsigned char codeS
   // the walk as what the options mask, so that a pattern matches exactly when
   // the answer is 0.
   if (o.mode != 0) levelled.mask &= 0xFFFFFFE0;
+  if constexpr (std::is_same_v<V, P> && std::is_same_v<V, FastWalker<Via::kBytes>>) {
+    if (wildcards && codeSet1 == codeSet2 && o.language1 == o.language2) {
+      const uint64_t* table = g_byteKeys[codeSet1];
+      const int r = o.language1 == kRawOrderLanguage
+                        ? CompareByteLevels<true>(w1.pos, w1.taken, w1.limit, w2.pos, table,
+                                                  o.language1, levelled, w)
+                        : CompareByteLevels<false>(w1.pos, w1.taken, w1.limit, w2.pos, table,
+                                                   o.language1, levelled, w);
+      // Off the byte walk, the general walk starts over; a running
+      // difference the byte walk left is what the general walk left at the
+      // same step, and it writes it again.
+      if (r != kByteWalkOff) return r;
+    }
+  }
   return CompareLevels(w1, w2, levelled, w);
 }
 
