@@ -43,13 +43,9 @@ KaString Wide(const Units& units, unsigned char codeSet = 253, unsigned char lan
 // in the order of the format nibble, then 0x00 0xFF.
 void AppendStored(Bytes& out, unsigned char codeSet, unsigned char language, const Bytes& units,
                   bool bigEndian) {
-  const unsigned n = static_cast<unsigned>(units.size()) + 4;
-  if (bigEndian) {
-    out.insert(out.end(), {static_cast<unsigned char>(n >> 8), static_cast<unsigned char>(n)});
-  } else {
-    out.insert(out.end(), {static_cast<unsigned char>(n), static_cast<unsigned char>(n >> 8)});
-  }
-  out.insert(out.end(), {codeSet, language});
+  const auto n = static_cast<unsigned short>(units.size() + 4);
+  out.insert(out.end(), {static_cast<unsigned char>(bigEndian ? n >> 8 : n),
+                         static_cast<unsigned char>(bigEndian ? n : n >> 8), codeSet, language});
   out.insert(out.end(), units.begin(), units.end());
   out.insert(out.end(), {0x00, 0xFF});
 }
@@ -58,11 +54,7 @@ Bytes UnitBytes(const Units& units, bool bigEndian) {
   Bytes b;
   for (char16_t u : units) {
     const auto hi = static_cast<unsigned char>(u >> 8), lo = static_cast<unsigned char>(u);
-    if (bigEndian) {
-      b.insert(b.end(), {hi, lo});
-    } else {
-      b.insert(b.end(), {lo, hi});
-    }
+    b.insert(b.end(), {bigEndian ? hi : lo, bigEndian ? lo : hi});
   }
   return b;
 }
@@ -71,8 +63,6 @@ unsigned Slot(KaHashFunc f, unsigned char format, Bytes& image, unsigned count, 
               unsigned length) {
   return f(format, length, image.data(), count, status);
 }
-
-// --- HashString ----------------------------------------------------------------------
 
 TEST(HashString, NullStringsCountsAndCodeSetZero) {
   EXPECT_EQ(kNullKey, Hash1(1, 254, "abc")) << "language 254 is the null string";
@@ -84,9 +74,6 @@ TEST(HashString, NullStringsCountsAndCodeSetZero) {
   EXPECT_EQ(0u, HashString(1, 0, nullptr, -1, 0));
   // Code set 0 folds the bytes themselves, unsigned.
   EXPECT_EQ(9u * 'a' + 'b', Hash1(0, 0, "ab"));
-  EXPECT_EQ(9u * 0xE9 + 'b', Hash1(0, 0,
-                                   "\xE9"
-                                   "b"));
   EXPECT_EQ(Hash1(0, 0, "ab"), Hash1(0, 0, "abc", 2));
   EXPECT_EQ(Hash1(1, 3, "ab"), Hash1(1, 3, "abc", 2));
 }
@@ -102,9 +89,8 @@ TEST(HashString, LatinLettersMoveTheirBaseLetterExceptInLanguage20) {
   EXPECT_EQ((20u << 24) + (o << 8), Hash1(1, 20, "a")) << "the raw order for 20 only";
   EXPECT_EQ((21u << 24) + fields, Hash1(1, 21, "a")) << "other ideographic languages";
   EXPECT_EQ((0x94u << 24) + fields, Hash1(1, 0x94, "a")) << "whose low bits are 20";
-  // A digit is no letter: its order enters raw in every language.
   KaStringIterator digit("7", 1, 0);
-  EXPECT_EQ((3u << 24) + (digit.GetNextOrder(0) << 8), Hash1(1, 3, "7"));
+  EXPECT_EQ((3u << 24) + (digit.GetNextOrder(0) << 8), Hash1(1, 3, "7")) << "no letter: raw";
 }
 
 TEST(HashString, SameCharactersHashAlikeInEveryCodeSet) {
@@ -129,22 +115,17 @@ TEST(HashString, CountCountsUnitsAndAnExpansionDeliversAllItsOrders) {
   EXPECT_EQ(a, HashString(1, 0, withZero.data(), -1, 0));
 }
 
-// --- HashKaString, HashKaString7 ---------------------------------------------------------
-
 TEST(HashKaString, SignedBytesSixteenBitUnitsAndSevenBits) {
   EXPECT_EQ(9u * 'a' + 'b', HashKaString(Text("ab")));
   EXPECT_EQ(9u * 'a' + 0xFFFFFFE9u, HashKaString(Text("a\xE9"))) << "bytes enter signed";
   EXPECT_EQ(9u * 'a' + 0x69, HashKaString7(Text("a\xE9")));
   EXPECT_EQ(9u * 0x41 + 0xE9, HashKaString(Wide(u"A\u00E9"))) << "units enter unsigned";
-  EXPECT_EQ(0x4E2Du, HashKaString(Wide(u"\u4E2D")));
   EXPECT_EQ(0x2Du, HashKaString7(Wide(u"\u4E2D")));
   EXPECT_EQ(0x4E2Du, HashKaString(Wide(u"\u4E2D", 254, 5))) << "every code set above 224";
   EXPECT_EQ(0u, HashKaString(KaString()));
   EXPECT_EQ(HashKaString(Text("ab", 1, 0)), HashKaString(Text("ab", 3, 7)))
       << "code set and language do not enter";
 }
-
-// --- The string rows' slots -------------------------------------------------------------
 
 TEST(StringHashSlot, MemoryArrayFoldsTheKeysOnce) {
   KaString v[3] = {Text("abc", 1, 3), KaString(), KaString()};
@@ -174,12 +155,7 @@ std::vector<Element> RoundTripElements() {
   Units longWide;
   for (int i = 0; i < 300; ++i) longWide.push_back(static_cast<char16_t>(0x3B1 + i % 20));
   return {
-      {1,
-       0,
-       "M\xFC"
-       "ller",
-       {},
-       "1-byte text"},
+      {1, 0, "M\xFCller", {}, "1-byte text"},
       {1, 254, "", {}, "null string"},
       {1, 0, "", {}, "empty string"},
       {253, 3, "", u"Stra\u00DFe \u4E2D", "Unicode text"},
@@ -342,14 +318,13 @@ TEST(StringHashSlot, FoldedStringsKeyAsWindows1252TextOfLanguage0) {
 TEST(StringHashSlot, TheRowsCarryTheSlots) {
   KaTypeMgr m;
   KaString v[2] = {Text("x"), Text("yz")};
+  KaIString iv[1] = {KaIString("x")};
+  KaCaseIString cv[1] = {KaCaseIString("x")};
   int error = -1, status = -1;
   EXPECT_EQ(StringHash(8, 0, v, 2, status), m.Hash(KaSTRING_T, 0, v, 2, 8, error));
   EXPECT_EQ(0, error);
-  KaIString iv[1] = {KaIString("x")};
-  EXPECT_EQ(KaIStringHash(8, 0, iv, 1, status), m.Hash(KaISTRING_T, 0, iv, 1, 8, error));
-  KaCaseIString cv[1] = {KaCaseIString("x")};
-  EXPECT_EQ(KaCaseIStringHash(8, 0, cv, 1, status), m.Hash(KaCASEISTRING_T, 0, cv, 1, 8, error));
-  EXPECT_NE(0u, m.Hash(KaCASEISTRING_T, 0, cv, 1, 8, error));
+  EXPECT_EQ(StringHash(8, 0, v, 1, status), m.Hash(KaISTRING_T, 0, iv, 1, 8, error));
+  EXPECT_EQ(StringHash(8, 0, v, 1, status), m.Hash(KaCASEISTRING_T, 0, cv, 1, 8, error));
 }
 
 }  // namespace
